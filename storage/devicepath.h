@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+
+// Every absolute path of the device goes through devicePath(): with RECORDER_ROOT set, the
+// device's file system lives below that folder (a PC simulation or a test); unset, as on the
+// pen, the paths stand as they are.
+QString devicePath(const QString &absolutePath);
+
+// The same, encoded for the POSIX calls (open, opendir, statfs, execl ...).
+QByteArray devicePathBytes(const char *absolutePath);
+
+// A path made safe for system(): single-quoted, inner quotes escaped.
+QByteArray shellQuoted(const QString &path);
