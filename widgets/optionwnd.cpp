@@ -1,0 +1,3 @@
+#include "widgets/optionwnd.h"
+
+OptionWnd::OptionWnd(QWidget *parent) : QWidget(parent) {}
