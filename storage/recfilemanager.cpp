@@ -1,0 +1,304 @@
+#include "storage/recfilemanager.h"
+
+#include "storage/audioinfo.h"
+#include "storage/configwidget.h"
+#include "storage/devicepath.h"
+#include "storage/timetext.h"
+
+#include <QDebug>
+#include <QDir>
+#include <QFile>
+#include <QSaveFile>
+#include <QTextStream>
+
+#include <cstdio>
+#include <cstdlib>
+#include <unistd.h>
+
+RecFileManager *RecFileManager::manager = nullptr;
+
+namespace {
+
+const QString unknownDuration = QStringLiteral("null");
+
+QString listFile()
+{
+    return devicePath(QStringLiteral("/apps/config/reclist.ini"));
+}
+
+// the folder below which the pen's file system lives here; empty on the pen itself
+QString deviceRoot()
+{
+    QString root = devicePath(QStringLiteral("/"));
+    root.chop(1);
+    return root;
+}
+
+// a path of this machine, whether it was given as the pen's path or already mapped
+QString localPath(const QString &path)
+{
+    const QString root = deviceRoot();
+    if (root.isEmpty() || path.startsWith(root + QLatin1Char('/')))
+        return path;
+    return devicePath(path);
+}
+
+// the path as the pen sees it, for the list file
+QString penPath(const QString &path)
+{
+    const QString root = deviceRoot();
+    if (!root.isEmpty() && path.startsWith(root + QLatin1Char('/')))
+        return path.mid(root.size());
+    return path;
+}
+
+void syncStorage()
+{
+    ::sync();
+    if (std::system("sync") == -1)
+        qDebug() << "sync failed ";
+}
+
+} // namespace
+
+RecFileManager *RecFileManager::instance()
+{
+    if (!manager)
+        manager = new RecFileManager;
+    return manager;
+}
+
+int RecFileManager::init(int)
+{
+    qDebug() << "in RecFileManager::init";
+    m_files.clear();
+    m_durations.clear();
+    m_curIndex = 0;
+
+    QFile file(listFile());
+    if (!file.open(QIODevice::ReadOnly)) {
+        QFile create(listFile());
+        return create.open(QIODevice::WriteOnly) ? 0 : -1;
+    }
+    // no Text mode: it would drop 0x0D bytes, which are halves of UTF-16 characters here
+    QTextStream in(&file);
+    while (!in.atEnd()) {
+        const QString line = in.readLine();
+        if (line.isEmpty())
+            continue;
+        qDebug() << "fullname is not null";
+        const QStringList parts = line.split(QLatin1Char('\t'), Qt::KeepEmptyParts);
+        qDebug() << "list1.size:" << parts.size();
+        if (parts.size() != 1)
+            return -1;
+        const QFileInfo info(localPath(line));
+        qDebug() << "info.absoluteFilePath():" << info.absoluteFilePath();
+        // a recording deleted behind our back leaves the list at the next flush()
+        if (info.exists()) {
+            m_files.append(info);
+            m_durations.append(unknownDuration);
+        }
+    }
+    return 0;
+}
+
+int RecFileManager::flush()
+{
+    // a new file renamed over the old one: power lost mid-write leaves one list or the other
+    QSaveFile file(listFile());
+    if (!file.open(QIODevice::WriteOnly))
+        return -1;
+    file.write("\xff\xfe", 2);
+    QTextStream out(&file);
+    out.setCodec("UTF-16LE");
+    out.setGenerateByteOrderMark(false);
+    for (const QFileInfo &info : qAsConst(m_files))
+        out << penPath(info.absoluteFilePath()) << '\n';
+    out.flush();
+    if (out.status() != QTextStream::Ok || !file.commit())
+        return -1;
+    syncStorage();
+    return 0;
+}
+
+int RecFileManager::addNewFileToList(const QString &path)
+{
+    m_files.prepend(QFileInfo(localPath(path)));
+    m_durations.prepend(unknownDuration);
+    flush();
+    return 0;
+}
+
+int RecFileManager::removeAt(int index)
+{
+    qDebug() << "remove at:" << index;
+    if (index < 0 || index >= m_files.size())
+        return -1;
+    const QString path = m_files.at(index).absoluteFilePath();
+    qDebug("removed file name is %s\n", path.toLocal8Bit().constData());
+    if (!QFile::remove(path)) {
+        std::puts("remove fail");
+        return -1;
+    }
+    if (std::system("sync") == -1)
+        qDebug() << "sync failed ";
+    m_files.remove(index);
+    m_durations.remove(index);
+    if (m_files.isEmpty())
+        m_curIndex = 0;
+    // removing the only entry leaves -1 here: the window reads that as "nothing selected"
+    if (index == m_curIndex)
+        m_curIndex = m_files.size() - 1;
+    qDebug() << "fileInfos size:::" << m_files.size();
+    flush();
+    return 0;
+}
+
+int RecFileManager::renameRecFile(int index, const QString &name)
+{
+    // a recording never leaves its folder
+    if (index < 0 || index >= m_files.size() || name.contains(QLatin1Char('/')))
+        return 1;
+    const QFileInfo &info = m_files.at(index);
+    const QString folder = info.absolutePath() + QLatin1Char('/');
+    const QString suffix = QLatin1Char('.') + info.suffix();
+    if (QFileInfo::exists(folder + name.toLower() + suffix))
+        return 2;
+    const QString target = folder + name + suffix;
+    if (!QFile::rename(info.absoluteFilePath(), target))
+        return 1;
+    m_files[index] = QFileInfo(target);
+    flush();
+    return 0;
+}
+
+QString RecFileManager::newFileName()
+{
+    return newFileName(QDate::currentDate());
+}
+
+QString RecFileManager::newFileName(const QDate &today)
+{
+    const QString date = today.toString(QStringLiteral("yyMMdd"));
+    int number = 0;
+    if (!m_files.isEmpty()) {
+        const QString newest = m_files.first().baseName();
+        // the number follows "yyMMdd_"; a name without one reads as 0
+        if (newest.contains(date))
+            number = newest.mid(7).toInt() + 1;
+    }
+    const QString folder = QStringLiteral("/mnt/mmc/e_Recorder/");
+    const QString extension = QLatin1String(getExtendName());
+    for (;;) {
+        const QString name = number == 0 ? date : QStringLiteral("%1_%2").arg(date).arg(number);
+        const QString path = folder + name + extension;
+        if (!QFileInfo::exists(devicePath(path)))
+            return devicePath(path);
+        std::printf("file %s exists\n", path.toLocal8Bit().constData());
+        ++number;
+    }
+}
+
+QString RecFileManager::getFileDuration(int index)
+{
+    if (index < 0 || index >= m_files.size())
+        return unknownDuration;
+    if (m_durations.at(index) != unknownDuration)
+        return m_durations.at(index);
+    const QFileInfo &info = m_files.at(index);
+    const QString name = info.fileName();
+    const QByteArray path = QFile::encodeName(info.absoluteFilePath());
+    QString text = unknownDuration;
+    if (name.contains(QLatin1String(".mp3"), Qt::CaseInsensitive)) {
+        audioinfo audio;
+        getaudioinfo(path.constData(), &audio);
+        if (audio.seconds > 3600) {
+            text = QString::fromLatin1(audio.play_time);
+        } else if (audio.seconds < 1) {
+            text = QStringLiteral(" ");
+        } else {
+            char clock[16];
+            text = QString::fromLatin1(sec2string(audio.seconds, clock));
+        }
+    } else if (name.contains(QLatin1String(".wav"), Qt::CaseInsensitive)) {
+        char clock[32] = " ";
+        getWaveDuration(path.constData(), clock);
+        text = QString::fromLatin1(clock);
+    }
+    m_durations[index] = text;
+    return text;
+}
+
+bool RecFileManager::exceedMaxNum() const
+{
+    return m_files.size() < maxFiles;
+}
+
+void RecFileManager::setCurFileIndex(int i)
+{
+    if (i >= 0 && i < m_files.size())
+        m_curIndex = i;
+}
+
+int RecFileManager::getCurFileIndex() const
+{
+    return m_files.size() - m_curIndex - 1;
+}
+
+bool RecFileManager::getCurInfo(QFileInfo &info) const
+{
+    return getInfoByID(m_curIndex, info);
+}
+
+bool RecFileManager::getInfoByID(int index, QFileInfo &info) const
+{
+    if (index < 0 || index >= m_files.size())
+        return false;
+    info = m_files.at(index);
+    return true;
+}
+
+QString RecFileManager::getLatestFile() const
+{
+    return m_files.isEmpty() ? QString() : m_files.last().fileName();
+}
+
+bool RecFileManager::getLatestFile(QFileInfo &info) const
+{
+    if (m_files.isEmpty())
+        return false;
+    info = m_files.last();
+    return true;
+}
+
+void RecFileManager::getInfoList(QVector<QFileInfo> &list) const
+{
+    list += m_files;
+}
+
+const char *RecFileManager::getExtendName()
+{
+    return ConfigWidget::instance()->getFileFormat() == 0 ? ".mp3" : ".wav";
+}
+
+bool RecFileManager::judgeFileTypeByExtendName(const QString &name, const QString &ext) const
+{
+    return name.contains(ext, Qt::CaseInsensitive) ||
+           name.contains(QLatin1String(".wav"), Qt::CaseInsensitive);
+}
+
+bool RecFileManager::FindFile(const QString &, QVector<QFileInfo> &list, const char *dir)
+{
+    const QDir folder(devicePath(QString::fromLocal8Bit(dir)));
+    if (!folder.exists())
+        return false;
+    const QDir::SortFlags order = qstrcmp(dir, "/mnt/mmc/recorder/") == 0
+                                      ? QDir::SortFlags(QDir::Time | QDir::Reversed)
+                                      : QDir::SortFlags(QDir::Name);
+    const QFileInfoList entries = folder.entryInfoList(QDir::Files | QDir::NoDotAndDotDot, order);
+    for (const QFileInfo &entry : entries) {
+        if (judgeFileTypeByExtendName(entry.fileName(), QStringLiteral(".mp3")))
+            list.append(entry);
+    }
+    return true;
+}
