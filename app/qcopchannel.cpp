@@ -18,20 +18,20 @@ QCopChannel::QCopChannel(const QString &channel, QObject *parent)
     if (!bus.isConnected())
         return;
     // the bus filters on the channel argument, so other channels never wake this process
-    m_listening = bus.connect(QString(), QLatin1String(busPath), QLatin1String(busInterface),
-                              QLatin1String(busMember), QStringList{channel},
-                              QLatin1String(busSignature), this,
-                              SLOT(busMessage(QString, QString, QByteArray)));
+    m_listening =
+        bus.connect(QString(), QLatin1String(busPath), QLatin1String(busInterface),
+                    QLatin1String(busMember), QStringList{channel}, QLatin1String(busSignature),
+                    this, SLOT(busMessage(QString, QString, QByteArray)));
 }
 
 QCopChannel::~QCopChannel()
 {
     if (!m_listening)
         return;
-    QDBusConnection::sessionBus().disconnect(
-        QString(), QLatin1String(busPath), QLatin1String(busInterface), QLatin1String(busMember),
-        QStringList{m_channel}, QLatin1String(busSignature), this,
-        SLOT(busMessage(QString, QString, QByteArray)));
+    QDBusConnection::sessionBus().disconnect(QString(), QLatin1String(busPath),
+                                             QLatin1String(busInterface), QLatin1String(busMember),
+                                             QStringList{m_channel}, QLatin1String(busSignature),
+                                             this, SLOT(busMessage(QString, QString, QByteArray)));
 }
 
 bool QCopChannel::send(const QString &channel, const QString &message, const QByteArray &data)
@@ -56,14 +56,12 @@ void QCopChannel::flush()
     if (!bus.isConnected())
         return;
     // messages on one connection leave in order: when this answer is back, all sends are out
-    bus.call(QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
-                                            QStringLiteral("/org/freedesktop/DBus"),
-                                            QStringLiteral("org.freedesktop.DBus"),
-                                            QStringLiteral("GetId")));
+    bus.call(QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId")));
 }
 
-void QCopChannel::busMessage(const QString &channel, const QString &message,
-                             const QByteArray &data)
+void QCopChannel::busMessage(const QString &channel, const QString &message, const QByteArray &data)
 {
     if (channel == m_channel)
         emit received(message, data);

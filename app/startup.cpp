@@ -16,7 +16,8 @@
 
 namespace {
 
-struct TranslationRow {
+struct TranslationRow
+{
     int number;
     const char *logLine;
     const char *file;

@@ -21,8 +21,7 @@ int usage()
 
 void printMessage(const QString &channel, const QString &message, const QByteArray &data)
 {
-    const QByteArray line =
-        channel.toLocal8Bit() + ' ' + message.toLocal8Bit() + ' ' + data + '\n';
+    const QByteArray line = channel.toLocal8Bit() + ' ' + message.toLocal8Bit() + ' ' + data + '\n';
     std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), stdout);
     std::fflush(stdout);
 }

@@ -4,7 +4,8 @@
 #include <QVector>
 
 // One row of /apps/config/scanlanguage.cfg.
-struct languageInfo {
+struct languageInfo
+{
     QString lanName;
     QString lanInt; // numeric code, kept as text
     QString chnName;

@@ -48,14 +48,15 @@ QByteArray traceLine(TraceLevel level, const QTime &time, long pid, long tid, co
                      int line, const char *function, const QByteArray &text)
 {
     char head[512];
-    std::snprintf(head, sizeof head, "\033[%sm[%02d:%02d:%02d PID:%ld TID:%ld %s]  [%s: %d : (%s)]  ",
-                  colourOf(level), time.hour(), time.minute(), time.second(), pid, tid,
-                  tagOf(level), baseName(file), line, function);
+    std::snprintf(head, sizeof head,
+                  "\033[%sm[%02d:%02d:%02d PID:%ld TID:%ld %s]  [%s: %d : (%s)]  ", colourOf(level),
+                  time.hour(), time.minute(), time.second(), pid, tid, tagOf(level), baseName(file),
+                  line, function);
     return QByteArray(head) + text + "\033[0m\n";
 }
 
-void traceLog(TraceLevel level, const char *file, int line, const char *function, const char *format,
-              ...)
+void traceLog(TraceLevel level, const char *file, int line, const char *function,
+              const char *format, ...)
 {
     char text[1024];
     va_list args;

@@ -1,7 +1,8 @@
 #pragma once
 
 // The sound configuration record /apps/config/sndcfg.ini: these 8 bytes, native byte order.
-struct vol_strcut {
+struct vol_strcut
+{
     int speaker_volume = 60;
     int mic_volume = 60;
 };

@@ -33,7 +33,8 @@ bool TestDeviceRoot::writeFile(const QString &devicePath, const QByteArray &byte
     const QString real = path(devicePath);
     QDir().mkpath(QFileInfo(real).absolutePath());
     QFile file(real);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(bytes) == bytes.size();
+    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) &&
+           file.write(bytes) == bytes.size();
 }
 
 QByteArray TestDeviceRoot::readFile(const QString &devicePath) const

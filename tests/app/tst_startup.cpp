@@ -1,0 +1,208 @@
+#include "app/startup.h"
+#include "recorderprocess.h"
+#include "testdeviceroot.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QPalette>
+#include <QSettings>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+
+QByteArray sampleLanguageTable()
+{
+    QFile sample(QStringLiteral(DEVSIM_SOURCE_DIR "/scanlanguage.cfg"));
+    return sample.open(QIODevice::ReadOnly) ? sample.readAll() : QByteArray();
+}
+
+bool fileHoldsRecorderKeys(const QString &path)
+{
+    QSettings file(path, QSettings::IniFormat);
+    file.beginGroup(QStringLiteral("RecorderSet"));
+    QStringList keys = file.childKeys();
+    keys.sort();
+    return keys == QStringList({"Format", "LoopMode", "Mode", "PlayVolume", "Quality"});
+}
+
+} // namespace
+
+class TestStartup : public QObject
+{
+    Q_OBJECT
+private slots:
+    void emptyDeviceRoot();
+    void presentFoldersAreLeftAlone();
+    void playVolumeStepBecomesPercent_data();
+    void playVolumeStepBecomesPercent();
+    void languageChoosesTranslation_data();
+    void languageChoosesTranslation();
+    void brokenLanguageTableEndsWithMinusOne();
+    void runsWithoutSessionBus();
+    void palette();
+    void translationFiles_data();
+    void translationFiles();
+};
+
+void TestStartup::emptyDeviceRoot()
+{
+    QTemporaryDir empty;
+    RecorderProcess recorder(empty.path());
+    QVERIFY(recorder.start());
+    QVERIFY(recorder.waitForError("music dir exit"));
+    QVERIFY(fileHoldsRecorderKeys(empty.path() + "/apps/config/recconfig.ini"));
+    QVERIFY(QFileInfo(empty.path() + "/mnt/mmc/e_Recorder").isDir());
+    QVERIFY(QFileInfo(empty.path() + "/mnt/mmc/e_Music").isDir());
+    QFile log(empty.path() + "/amixer.log");
+    QVERIFY(log.open(QIODevice::ReadOnly));
+    QCOMPARE(log.readAll(), QByteArray("amixer set Speaker 100%\namixer set Headphone 100%\n"));
+    const QByteArray err = recorder.standardError();
+    QCOMPARE(err.count("recorder is null"), 2);
+    QVERIFY(err.contains("recorder dir exit"));
+    QVERIFY(recorder.isRunning());
+}
+
+void TestStartup::presentFoldersAreLeftAlone()
+{
+    TestDeviceRoot root;
+    QVERIFY(QDir().mkpath(root.path("/mnt/mmc/e_Recorder")));
+    QVERIFY(QDir().mkpath(root.path("/mnt/mmc/e_Music")));
+    QVERIFY(root.writeFile("/mnt/mmc/e_Recorder/kept.mp3", "x"));
+    RecorderProcess recorder(root.root());
+    QVERIFY(recorder.start());
+    QVERIFY(recorder.waitForError("show lan is"));
+    const QByteArray err = recorder.standardError();
+    QVERIFY(!err.contains("recorder is null"));
+    QVERIFY(!err.contains("dir exit"));
+    QVERIFY(root.exists("/mnt/mmc/e_Recorder/kept.mp3"));
+}
+
+void TestStartup::playVolumeStepBecomesPercent_data()
+{
+    QTest::addColumn<int>("step");
+    QTest::newRow("silent") << 0;
+    QTest::newRow("step-2") << 2;
+    QTest::newRow("loudest") << 5;
+}
+
+void TestStartup::playVolumeStepBecomesPercent()
+{
+    QFETCH(int, step);
+    TestDeviceRoot root;
+    QVERIFY(root.writeFile("/apps/config/recconfig.ini",
+                           "[RecorderSet]\nPlayVolume=" + QByteArray::number(step) + "\n"));
+    RecorderProcess recorder(root.root());
+    QVERIFY(recorder.start());
+    QVERIFY(recorder.waitForError("show lan is"));
+    const QString percent = QString::number(step * 20);
+    QCOMPARE(root.amixerCalls(), QStringList({"amixer set Speaker " + percent + "%",
+                                              "amixer set Headphone " + percent + "%"}));
+}
+
+void TestStartup::languageChoosesTranslation_data()
+{
+    QTest::addColumn<int>("lan");
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<int>("number");
+    // positions of the simulation's sample table
+    QTest::newRow("chinese") << 0 << QByteArray("lan is chinese") << 1;
+    QTest::newRow("english") << 1 << QByteArray("lan is english") << 101;
+    QTest::newRow("german") << 2 << QByteArray("lan is KO_LANG_GREMAN") << 104;
+    QTest::newRow("french") << 3 << QByteArray("lan is KO_LANG_FRENCH") << 103;
+    QTest::newRow("italian") << 4 << QByteArray("lan is KO_LANG_ITALIAN") << 106;
+    QTest::newRow("russian") << 5 << QByteArray("lan is KO_LANG_RUSSIAN") << 151;
+    QTest::newRow("traditional") << 6 << QByteArray("lan is KO_LANG_TRADITIONAL") << 2;
+    QTest::newRow("spanish") << 7 << QByteArray("lan is KO_LANG_SPANISH") << 105;
+    QTest::newRow("outside-table-english-texts") << 42 << QByteArray() << 0;
+    QTest::newRow("key-missing") << -1 << QByteArray("lan is chinese") << 1;
+}
+
+void TestStartup::languageChoosesTranslation()
+{
+    QFETCH(int, lan);
+    QFETCH(QByteArray, line);
+    QFETCH(int, number);
+    TestDeviceRoot root;
+    QVERIFY(root.writeFile("/apps/config/scanlanguage.cfg", sampleLanguageTable()));
+    if (lan >= 0)
+        QVERIFY(root.writeFile("/apps/config/config.ini",
+                               "[SystemSet]\nLan=" + QByteArray::number(lan) + "\n"));
+    RecorderProcess recorder(root.root());
+    QVERIFY(recorder.start());
+    QVERIFY(recorder.waitForError("show lan is " + QByteArray::number(number) + "\n"));
+    QVERIFY(recorder.waitForError("lanInfo: " + QByteArray::number(qMax(lan, 0))));
+    const QByteArray err = recorder.standardError();
+    if (line.isEmpty()) {
+        QVERIFY(!err.contains("\nlan is "));
+    } else {
+        QVERIFY2(err.contains("\n" + line + "\n"), err.constData());
+        QCOMPARE(err.count("\nlan is "), 1);
+    }
+    // only the Chinese row says how its load went; no .qm is installed in this root
+    recorder.kill();
+    QCOMPARE(recorder.standardOutput().contains("qm load error"), number == 1);
+}
+
+void TestStartup::brokenLanguageTableEndsWithMinusOne()
+{
+    TestDeviceRoot root;
+    QVERIFY(root.writeFile("/apps/config/scanlanguage.cfg", "only\tthree\tcolumns\n"));
+    RecorderProcess recorder(root.root());
+    QVERIFY(recorder.start());
+    QVERIFY(recorder.waitForExit());
+    QCOMPARE(recorder.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(recorder.exitCode(), 255);
+    QVERIFY(recorder.standardError().contains("Initlanguage failed."));
+}
+
+void TestStartup::runsWithoutSessionBus()
+{
+    TestDeviceRoot root;
+    RecorderProcess recorder(root.root());
+    recorder.setEnv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/recorder-test-bus");
+    QVERIFY(recorder.start());
+    QVERIFY(recorder.waitForError("show lan is"));
+    QTRY_VERIFY(fileHoldsRecorderKeys(root.path("/apps/config/recconfig.ini")));
+    QVERIFY(recorder.isRunning());
+}
+
+void TestStartup::palette()
+{
+    const QPalette palette = recorderPalette();
+    for (auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+        QCOMPARE(palette.color(group, QPalette::WindowText), QColor(Qt::white));
+        QCOMPARE(palette.color(group, QPalette::Text), QColor(Qt::white));
+        QCOMPARE(palette.color(group, QPalette::Window), QColor(Qt::black));
+        QCOMPARE(palette.color(group, QPalette::Base), QColor(Qt::black));
+        QCOMPARE(palette.color(group, QPalette::Button), QColor(Qt::black));
+        QCOMPARE(palette.color(group, QPalette::Highlight), QColor(Qt::white));
+        QCOMPARE(palette.color(group, QPalette::HighlightedText), QColor(Qt::black));
+    }
+}
+
+void TestStartup::translationFiles_data()
+{
+    QTest::addColumn<int>("number");
+    QTest::addColumn<QString>("file");
+    QTest::newRow("chinese") << 1 << "/apps/res/recorder_zh_CN.qm";
+    QTest::newRow("english") << 101 << "/apps/res/recorder_en_US.qm";
+    QTest::newRow("german") << 104 << "/apps/res/recorder_Ger.qm";
+    QTest::newRow("french") << 103 << "/apps/res/recorder_Fre.qm";
+    QTest::newRow("italian") << 106 << "/apps/res/recorder_Ita.qm";
+    QTest::newRow("russian") << 151 << "/apps/res/recorder_Rus.qm";
+    QTest::newRow("traditional") << 2 << "/apps/res/recorder_zh_TW.qm";
+    QTest::newRow("spanish") << 105 << "/apps/res/recorder_Spa.qm";
+    QTest::newRow("none") << 0 << QString();
+}
+
+void TestStartup::translationFiles()
+{
+    QFETCH(int, number);
+    QFETCH(QString, file);
+    TestDeviceRoot root;
+    QCOMPARE(translationFileFor(number), file.isEmpty() ? QString() : root.path(file));
+}
+
+QTEST_MAIN(TestStartup)
+#include "tst_startup.moc"

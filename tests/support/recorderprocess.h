@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QByteArray>
+#include <QProcess>
+#include <QString>
+
+// The installed-style recorder program run as a user's shell would run it, in a given device root.
+class RecorderProcess
+{
+public:
+    explicit RecorderProcess(const QString &deviceRoot);
+    ~RecorderProcess();
+    RecorderProcess(const RecorderProcess &) = delete;
+    RecorderProcess &operator=(const RecorderProcess &) = delete;
+
+    void setEnv(const QString &name, const QString &value);
+    bool start(const QStringList &arguments = {});
+    // Waits until standard error holds the text; false on time-out or when the program ended.
+    bool waitForError(const QByteArray &text, int timeoutMs = 15000);
+    bool waitForExit(int timeoutMs = 15000);
+    void kill();
+
+    QByteArray standardError();
+    QByteArray standardOutput();
+    int exitCode() const { return m_process.exitCode(); }
+    QProcess::ExitStatus exitStatus() const { return m_process.exitStatus(); }
+    qint64 pid() const { return m_process.processId(); }
+    bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
+
+private:
+    void drain();
+
+    QProcess m_process;
+    QProcessEnvironment m_env;
+    QByteArray m_err;
+    QByteArray m_out;
+};
