@@ -94,7 +94,7 @@ private slots:
         row->setCurIndex(1);
         row->show();
         QVERIFY(QTest::qWaitForWindowExposed(row.get()));
-        PaintCounter paints(row.get());
+        EventCounter paints(row.get(), QEvent::Paint);
         row->setCurIndex(index);
         QCoreApplication::processEvents();
         QCOMPARE(row->getCurIndex(), 1);

@@ -23,18 +23,24 @@ inline bool lit(const QImage &image, int x, int y)
     return qGray(image.pixel(x, y)) > 128;
 }
 
-// Counts the paint events a widget gets.
-class PaintCounter : public QObject
+// Counts the events of one type a widget gets.
+class EventCounter : public QObject
 {
 public:
-    explicit PaintCounter(QWidget *widget) { widget->installEventFilter(this); }
+    EventCounter(QWidget *widget, QEvent::Type type) : m_type(type)
+    {
+        widget->installEventFilter(this);
+    }
     int count = 0;
 
 protected:
     bool eventFilter(QObject *, QEvent *event) override
     {
-        if (event->type() == QEvent::Paint)
+        if (event->type() == m_type)
             ++count;
         return false;
     }
+
+private:
+    QEvent::Type m_type;
 };
