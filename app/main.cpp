@@ -1,9 +1,14 @@
 #include "app/deviceaudio.h"
+#include "app/qcopchannel.h"
 #include "app/startup.h"
+#include "recorder/recordmainwnd.h"
 #include "storage/configwidget.h"
 #include "storage/languagemanager.h"
+#include "storage/musicscan.h"
+#include "storage/storagespace.h"
 #include "storage/tracelog.h"
 #include "storage/volume.h"
+#include "widgets/messagedialog.h"
 
 #include <QApplication>
 #include <QDebug>
@@ -11,11 +16,20 @@
 #include <QTextCodec>
 #include <QTranslator>
 
+#include <cstdlib>
+#include <memory>
+#include <pthread.h>
+
 QApplication *qApp1 = nullptr;
 QTranslator *translatorpass = nullptr;
 
 int main(int argc, char *argv[])
 {
+    // the music list is written beside everything else; nobody waits for it
+    pthread_t scan;
+    if (pthread_create(&scan, nullptr, scanthread, nullptr) == 0)
+        pthread_detach(scan);
+
     if (!ConfigWidget::reader)
         ConfigWidget::reader = new ConfigWidget;
     const int playVolume = ConfigWidget::reader->getPlayVolume();
@@ -39,15 +53,34 @@ int main(int argc, char *argv[])
 
     const int lan = readSystemLanguage();
     int result = -1;
+    std::unique_ptr<RecordMainWnd> window;
     if (LanguageManager::Instance()->init() == -1) {
         LOGD("Initlanguage failed.");
     } else {
         const int lanNumber = LanguageManager::Instance()->getLanIntByID(lan);
         qDebug() << "show lan is" << lanNumber;
         applyTranslation(app, translator, lanNumber);
+
+        const long long freeSpace = getFreeSpace();
+        window = std::make_unique<RecordMainWnd>(nullptr, 0);
+        window->setVisible(true);
+        window->SendShow();
+        if (freeSpace <= 0) {
+            MessageDialog message(nullptr,
+                                  QCoreApplication::translate(
+                                      "main", "No enough storage space, please remove some files."),
+                                  0);
+            message.exec();
+            window->close();
+            QCopChannel::flush();
+            std::exit(0);
+        }
         result = QApplication::exec();
     }
 
+    // the shell must have every message before the process is gone
+    QCopChannel::flush();
+    window.reset();
     translatorpass = nullptr;
     qApp1 = nullptr;
     return result;
