@@ -4,9 +4,8 @@
 
 #include <QEvent>
 #include <QImage>
-#include <QObject>
 #include <QPixmap>
-#include <QString>
+#include <QTestEventList>
 #include <QWidget>
 
 // Grabs a widget as the screen would show it and keeps the picture for people to look at.
@@ -17,30 +16,32 @@ inline QImage shoot(QWidget &widget, const QString &name)
     return pixmap.toImage();
 }
 
-// White text on black: a lit pixel is a drawn one.
+// White on black: a lit pixel is a drawn one.
 inline bool lit(const QImage &image, int x, int y)
 {
     return qGray(image.pixel(x, y)) > 128;
 }
 
-// Counts the events of one type a widget gets.
-class EventCounter : public QObject
+inline QTestEventList keys(std::initializer_list<Qt::Key> list)
 {
-public:
-    EventCounter(QWidget *widget, QEvent::Type type) : m_type(type)
+    QTestEventList events;
+    for (Qt::Key key : list)
+        events.addKeyClick(key);
+    return events;
+}
+
+// Counts the events of one type a widget gets.
+struct EventCounter : QObject
+{
+    EventCounter(QWidget *widget, QEvent::Type type) : type(type)
     {
         widget->installEventFilter(this);
     }
-    int count = 0;
-
-protected:
     bool eventFilter(QObject *, QEvent *event) override
     {
-        if (event->type() == m_type)
-            ++count;
+        count += event->type() == type;
         return false;
     }
-
-private:
-    QEvent::Type m_type;
+    QEvent::Type type;
+    int count = 0;
 };
