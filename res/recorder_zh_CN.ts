@@ -1,0 +1,119 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="zh_CN">
+<context>
+    <name>MessageDialog</name>
+    <message>
+        <source>Dialog</source>
+        <translation>对话框</translation>
+    </message>
+</context>
+<context>
+    <name>RecordMainWnd</name>
+    <message>
+        <source>No enough disk space.</source>
+        <translation>存储空间不足。</translation>
+    </message>
+    <message>
+        <source>Exceed the maximum file number, please remove some files.</source>
+        <translation>文件数已达上限，请删除部分文件。</translation>
+    </message>
+    <message>
+        <source>Do you want to save recording?</source>
+        <translation>是否保存录音？</translation>
+    </message>
+    <message>
+        <source>Yes</source>
+        <translation>是</translation>
+    </message>
+    <message>
+        <source>No</source>
+        <translation>否</translation>
+    </message>
+    <message>
+        <source>Recording</source>
+        <translation>录音</translation>
+    </message>
+    <message>
+        <source> [</source>
+        <translation> [</translation>
+    </message>
+    <message>
+        <source>] </source>
+        <translation>] </translation>
+    </message>
+    <message>
+        <source>save to library</source>
+        <translation>已存入录音库</translation>
+    </message>
+    <message>
+        <source>Press OK to Pause</source>
+        <translation>按OK键暂停</translation>
+    </message>
+    <message>
+        <source>Press OK to Play</source>
+        <translation>按OK键播放</translation>
+    </message>
+    <message>
+        <source>Press OK to Continue</source>
+        <translation>按OK键继续</translation>
+    </message>
+    <message>
+        <source>Press OK to Record</source>
+        <translation>按OK键录音</translation>
+    </message>
+    <message>
+        <source>Volume</source>
+        <translation>音量</translation>
+    </message>
+    <message>
+        <source>File Format</source>
+        <translation>文件格式</translation>
+    </message>
+    <message>
+        <source>Mp3</source>
+        <translation>MP3</translation>
+    </message>
+    <message>
+        <source>Wav</source>
+        <translation>WAV</translation>
+    </message>
+    <message>
+        <source>File Quality</source>
+        <translation>录音质量</translation>
+    </message>
+    <message>
+        <source>High</source>
+        <translation>高</translation>
+    </message>
+    <message>
+        <source>Mid </source>
+        <translation>中 </translation>
+    </message>
+    <message>
+        <source>Low</source>
+        <translation>低</translation>
+    </message>
+</context>
+<context>
+    <name>SandGlass</name>
+    <message>
+        <source>Form</source>
+        <translation>表单</translation>
+    </message>
+</context>
+<context>
+    <name>SpinItems</name>
+    <message>
+        <source>Form</source>
+        <translation>表单</translation>
+    </message>
+</context>
+<context>
+    <name>main</name>
+    <message>
+        <source>No enough storage space, please remove some files.</source>
+        <translation>存储空间不足，请删除部分文件。</translation>
+    </message>
+</context>
+</TS>
