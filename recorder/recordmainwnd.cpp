@@ -59,6 +59,13 @@ void printSend(const char *word, int line, const char *function)
     std::fflush(stdout);
 }
 
+// An outline covering exactly the pixels from topLeft to bottomRight: a stroked QRect is drawn one
+// pixel wider and higher than its size.
+QRect outline(const QPoint &topLeft, const QPoint &bottomRight)
+{
+    return QRect(topLeft, bottomRight - QPoint(1, 1));
+}
+
 void sleepMs(int ms)
 {
     usleep(static_cast<useconds_t>(ms) * 1000);
@@ -145,7 +152,7 @@ void RecordMainWnd::setRecordState()
 void RecordMainWnd::beginRecording()
 {
     if (spaceMessage() == 1) {
-        MessageDialog message(this, tr("No enough disk space."), 2000);
+        MessageDialog message(nullptr, tr("No enough disk space."), 2000);
         message.exec();
         return;
     }
@@ -153,8 +160,8 @@ void RecordMainWnd::beginRecording()
     if (library->init(0) != 0)
         return;
     if (!library->exceedMaxNum()) {
-        MessageDialog message(this, tr("Exceed the maximum file number, please remove some files."),
-                              4000);
+        MessageDialog message(
+            nullptr, tr("Exceed the maximum file number, please remove some files."), 4000);
         message.exec();
         return;
     }
@@ -300,7 +307,7 @@ void RecordMainWnd::askToKeep()
     YesnoSelect question(tr("Do you want to save recording?"), tr("Yes"), tr("No"), nullptr);
     question.exec();
     if (question.getValue() == 0) {
-        MessageDialog saved(this,
+        MessageDialog saved(nullptr,
                             tr("Recording") + tr(" [") + QFileInfo(curFileName).fileName() +
                                 tr("] ") + tr("save to library"),
                             2000);
@@ -360,10 +367,10 @@ void RecordMainWnd::paintEvent(QPaintEvent *)
     const bool pauseSymbol =
         wndType == 1 ? displayState != DisplayRecording : displayState == DisplayRecording;
     if (pauseSymbol) {
-        painter.drawRect(QRect(QPoint(175, 33), QPoint(176, 39)));
-        painter.drawRect(QRect(QPoint(180, 33), QPoint(181, 39)));
+        painter.drawRect(outline(QPoint(175, 33), QPoint(176, 39)));
+        painter.drawRect(outline(QPoint(180, 33), QPoint(181, 39)));
     } else {
-        painter.drawEllipse(QRect(QPoint(175, 33), QPoint(181, 39)));
+        painter.drawEllipse(outline(QPoint(175, 33), QPoint(181, 39)));
     }
     painter.drawText(QPoint(10, 55), helpText());
     painter.drawText(QPoint(190, 44), wndType == 1 ? QStringLiteral("00:00") : timeText);
