@@ -7,12 +7,14 @@
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QTemporaryFile>
 #include <QtTest>
 
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <memory>
 #include <signal.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -165,8 +167,7 @@ private slots:
     void nullArguments();
     void commandLine_data();
     void commandLine();
-    void pauseAndResume();
-    void stopWhilePaused();
+    void pauseResumeAndStopWhilePaused();
     void encoderEndsByItself_data();
     void encoderEndsByItself();
     void gainOncePerProcess();
@@ -260,17 +261,17 @@ void TestRecordThread::commandLine()
     QVERIFY(isReaped(pid));
 }
 
-void TestRecordThread::pauseAndResume()
+void TestRecordThread::pauseResumeAndStopWhilePaused()
 {
     TestDeviceRoot root;
     installEncoder(root, QStringLiteral(FAKE_ENCODER_RUN));
-    Recording recording("/mnt/mmc/e_Recorder/a.mp3", true);
+    auto recording = std::make_unique<Recording>("/mnt/mmc/e_Recorder/a.mp3", true);
     QTRY_VERIFY(EncoderLog(root).ready);
     const pid_t pid = EncoderLog(root).pid;
     QVERIFY(isRunning(pid));
 
     // while the state holds "paused", every pass stops the encoder again
-    recording.state = RECSOUND_PAUSED;
+    recording->state = RECSOUND_PAUSED;
     QTRY_COMPARE(processState(pid), 'T');
     for (int woken = 1; woken <= 3; ++woken) {
         ::kill(pid, SIGCONT);
@@ -282,9 +283,9 @@ void TestRecordThread::pauseAndResume()
     const int before = EncoderLog(root).continued;
     QElapsedTimer held;
     held.start();
-    recording.state = RECSOUND_CONTINUE;
+    recording->state = RECSOUND_CONTINUE;
     QTest::qWait(1000);
-    recording.state = RECSOUND_RECING;
+    recording->state = RECSOUND_RECING;
     const qint64 passes = held.elapsed() / 100;
     QTRY_VERIFY(isRunning(pid) && processState(pid) != 'T');
     QTest::qWait(250); // a pass that read the old state may still be under way
@@ -295,25 +296,15 @@ void TestRecordThread::pauseAndResume()
     // "recording" leaves it alone
     QTest::qWait(500);
     QCOMPARE(EncoderLog(root).continued - before, sent);
-    QVERIFY(!recording.isDone());
-}
 
-void TestRecordThread::stopWhilePaused()
-{
-    TestDeviceRoot root;
-    installEncoder(root, QStringLiteral(FAKE_ENCODER_RUN));
-    pid_t pid = 0;
-    {
-        Recording recording("/mnt/mmc/e_Recorder/a.wav", false);
-        QTRY_VERIFY(EncoderLog(root).ready);
-        pid = EncoderLog(root).pid;
-        recording.state = RECSOUND_PAUSED;
-        QTRY_COMPARE(processState(pid), 'T');
-        recording.flag = false;
-        QTRY_VERIFY(recording.isDone());
-        QCOMPARE(recording.result(), 0);
-        QCOMPARE(recording.state.load(), int(RECSOUND_STOPPED));
-    }
+    // a stop while paused kills the stopped encoder and reaps it
+    recording->state = RECSOUND_PAUSED;
+    QTRY_COMPARE(processState(pid), 'T');
+    recording->flag = false;
+    QTRY_VERIFY(recording->isDone());
+    QCOMPARE(recording->result(), 0);
+    QCOMPARE(recording->state.load(), int(RECSOUND_STOPPED));
+    recording.reset();
     QVERIFY(isReaped(pid));
 }
 
@@ -396,13 +387,18 @@ void TestRecordThread::killedRecorderLeavesNoEncoder()
     QVERIFY(recorder.waitForStarted());
     QTRY_VERIFY_WITH_TIMEOUT(EncoderLog(root).ready, 10000);
     const pid_t encoder = EncoderLog(root).pid;
+    // whatever happens, no encoder records on after this test
+    const auto cleanup = qScopeGuard([encoder] {
+        if (isRunning(encoder))
+            ::kill(encoder, SIGKILL);
+        waitpid(encoder, nullptr, 0);
+        prctl(PR_SET_CHILD_SUBREAPER, 0);
+    });
     QVERIFY(isRunning(encoder));
 
     recorder.kill();
     QVERIFY(recorder.waitForFinished());
     QTRY_VERIFY_WITH_TIMEOUT(!isRunning(encoder), 1000);
-    QCOMPARE(waitpid(encoder, nullptr, 0), encoder);
-    prctl(PR_SET_CHILD_SUBREAPER, 0);
 }
 
 int main(int argc, char **argv)
