@@ -113,6 +113,9 @@ struct EncoderLaunch
             argv.append(argument.data());
         argv.append(nullptr);
     }
+    // argv points into arguments
+    EncoderLaunch(const EncoderLaunch &) = delete;
+    EncoderLaunch &operator=(const EncoderLaunch &) = delete;
 };
 
 // The started encoder. A reaped child's pid may already belong to another process, so it is
@@ -131,8 +134,6 @@ public:
     }
     EncoderChild(const EncoderChild &) = delete;
     EncoderChild &operator=(const EncoderChild &) = delete;
-
-    pid_t pid() const { return m_pid; }
 
     int signal(int number) const
     {
