@@ -1,10 +1,7 @@
-#include "app/startup.h"
 #include "recorderprocess.h"
 #include "testdeviceroot.h"
 
-#include <QApplication>
 #include <QFile>
-#include <QPalette>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
@@ -40,9 +37,6 @@ private slots:
     void languageChoosesTranslation();
     void brokenLanguageTableEndsWithMinusOne();
     void runsWithoutSessionBus();
-    void palette();
-    void translationFiles_data();
-    void translationFiles();
 };
 
 void TestStartup::emptyDeviceRoot()
@@ -167,42 +161,5 @@ void TestStartup::runsWithoutSessionBus()
     QVERIFY(recorder.isRunning());
 }
 
-void TestStartup::palette()
-{
-    const QPalette palette = recorderPalette();
-    for (auto group : {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
-        QCOMPARE(palette.color(group, QPalette::WindowText), QColor(Qt::white));
-        QCOMPARE(palette.color(group, QPalette::Text), QColor(Qt::white));
-        QCOMPARE(palette.color(group, QPalette::Window), QColor(Qt::black));
-        QCOMPARE(palette.color(group, QPalette::Base), QColor(Qt::black));
-        QCOMPARE(palette.color(group, QPalette::Button), QColor(Qt::black));
-        QCOMPARE(palette.color(group, QPalette::Highlight), QColor(Qt::white));
-        QCOMPARE(palette.color(group, QPalette::HighlightedText), QColor(Qt::black));
-    }
-}
-
-void TestStartup::translationFiles_data()
-{
-    QTest::addColumn<int>("number");
-    QTest::addColumn<QString>("file");
-    QTest::newRow("chinese") << 1 << "/apps/res/recorder_zh_CN.qm";
-    QTest::newRow("english") << 101 << "/apps/res/recorder_en_US.qm";
-    QTest::newRow("german") << 104 << "/apps/res/recorder_Ger.qm";
-    QTest::newRow("french") << 103 << "/apps/res/recorder_Fre.qm";
-    QTest::newRow("italian") << 106 << "/apps/res/recorder_Ita.qm";
-    QTest::newRow("russian") << 151 << "/apps/res/recorder_Rus.qm";
-    QTest::newRow("traditional") << 2 << "/apps/res/recorder_zh_TW.qm";
-    QTest::newRow("spanish") << 105 << "/apps/res/recorder_Spa.qm";
-    QTest::newRow("none") << 0 << QString();
-}
-
-void TestStartup::translationFiles()
-{
-    QFETCH(int, number);
-    QFETCH(QString, file);
-    TestDeviceRoot root;
-    QCOMPARE(translationFileFor(number), file.isEmpty() ? QString() : root.path(file));
-}
-
-QTEST_MAIN(TestStartup)
+QTEST_GUILESS_MAIN(TestStartup)
 #include "tst_startup.moc"
