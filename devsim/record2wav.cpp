@@ -44,22 +44,6 @@ void makeHeader(unsigned char *header, unsigned rate)
     putLittleEndian(header + 40, 0, 4);
 }
 
-bool writeAll(int fd, const void *bytes, size_t count)
-{
-    const char *at = static_cast<const char *>(bytes);
-    while (count > 0) {
-        const ssize_t written = ::write(fd, at, count);
-        if (written < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        at += written;
-        count -= size_t(written);
-    }
-    return true;
-}
-
 // the file may end at any moment (SIGKILL), so the sizes follow every block of audio
 bool updateSizes(int fd, unsigned dataBytes)
 {
@@ -90,7 +74,7 @@ int main(int argc, char **argv)
     }
     unsigned char header[44];
     makeHeader(header, unsigned(rate));
-    if (!writeAll(file.get(), header, sizeof header))
+    if (!file.writeAll(header, size_t(sizeof header)))
         return 1;
 
     struct sigaction stop = {};
@@ -106,7 +90,7 @@ int main(int argc, char **argv)
             return 1;
         const size_t bytes = block.size() * sizeof(int16_t);
         // on a little-endian host the samples are already in WAV byte order
-        if (!writeAll(file.get(), block.data(), bytes))
+        if (!file.writeAll(block.data(), size_t(bytes)))
             return 1; // the card is full: end, as the device's encoder does
         dataBytes += unsigned(bytes);
         if (!updateSizes(file.get(), dataBytes))

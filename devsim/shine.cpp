@@ -33,21 +33,6 @@ struct ShineCloser
 };
 using Encoder = std::unique_ptr<shine_global_flags, ShineCloser>;
 
-bool writeAll(int fd, const unsigned char *bytes, int count)
-{
-    while (count > 0) {
-        const ssize_t written = ::write(fd, bytes, size_t(count));
-        if (written < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        bytes += written;
-        count -= int(written);
-    }
-    return true;
-}
-
 int usage()
 {
     std::fprintf(stderr, "usage: shine -b KBPS -s RATE FILE\n");
@@ -106,10 +91,10 @@ int main(int argc, char **argv)
         int written = 0;
         const unsigned char *data = shine_encode_buffer(encoder.get(), channels, &written);
         // each frame goes to the file at once, so a killed recording is still playable
-        if (!writeAll(file.get(), data, written))
+        if (!file.writeAll(data, size_t(written)))
             return 1; // the card is full: end, as the device's encoder does
     }
     int written = 0;
     const unsigned char *rest = shine_flush(encoder.get(), &written);
-    return writeAll(file.get(), rest, written) ? 0 : 1;
+    return file.writeAll(rest, size_t(written)) ? 0 : 1;
 }

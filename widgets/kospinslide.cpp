@@ -97,7 +97,6 @@ void KoSpinSlide::showSlider()
 void KoSpinSlide::showText()
 {
     const QFontMetrics metrics(font());
-    const int charWidth = metrics.averageCharWidth();
     const int ascent = metrics.ascent();
     // Outside a paint event the row only works out where its slider goes.
     QPainter painter;
@@ -110,24 +109,7 @@ void KoSpinSlide::showText()
     if (m_select)
         return;
 
-    long x = 7;
-    if (!m_text1.isEmpty()) {
-        x = m_interSpace * 9;
-        if (m_items.isEmpty()) {
-            x += 11;
-            fprintf(stderr, "==========222==============%s %d pt.x= %ld\n", "showText", 203, x);
-        } else {
-            qDebug() << "draw test================";
-            const QString text = m_text1 + QLatin1Char(' ') + getCurItem();
-            if (painter.isActive())
-                painter.drawText(QPointF(7, ascent), text);
-            if (text.length() > 9) {
-                x = static_cast<long>(text.length() - 2) * charWidth;
-                fprintf(stderr, "===============111===========%s %d width =%ld\n", "showText", 198,
-                        x);
-            }
-        }
-    }
+    const long x = drawCaption(painter, true);
 
     // the arrows of this row are left to the slider's look; their places only go to the log
     const long itemX = x + m_interSpace;

@@ -7,6 +7,8 @@
 #include <QLabel>
 #include <QPainter>
 
+#include <cstdio>
+
 // Stands for the row's designer form: it owns the one label and sets its texts.
 struct SpinItemsForm
 {
@@ -148,4 +150,28 @@ void SpinItems::paintEvent(QPaintEvent *)
     Q_UNUSED(widest)
     QPainter painter(this);
     painter.setBrush(palette().brush(QPalette::Text));
+}
+
+long SpinItems::drawCaption(QPainter &painter, bool diagnostics)
+{
+    if (m_text1.isEmpty())
+        return 7;
+    long x = m_interSpace * 9;
+    if (m_items.isEmpty()) {
+        x += 11;
+        if (diagnostics)
+            fprintf(stderr, "==========222==============%s %d pt.x= %ld\n", "showText", 203, x);
+        return x;
+    }
+    if (diagnostics)
+        qDebug() << "draw test================";
+    const QString text = m_text1 + QLatin1Char(' ') + getCurItem();
+    if (painter.isActive())
+        painter.drawText(QPointF(7, QFontMetrics(font()).ascent()), text);
+    if (text.length() > 9) {
+        x = static_cast<long>(text.length() - 2) * QFontMetrics(font()).averageCharWidth();
+        if (diagnostics)
+            fprintf(stderr, "===============111===========%s %d width =%ld\n", "showText", 198, x);
+    }
+    return x;
 }

@@ -7,6 +7,7 @@
 
 #include <memory>
 
+class QPainter;
 struct SpinItemsForm;
 
 // One row of an option menu: a caption and an ordered list of values of which one is current.
@@ -50,6 +51,12 @@ public slots:
     void trigger(int id, QString content);
 
 protected:
+    // Draws "caption value" from x 7 on the baseline (when the painter is active) and returns
+    // the x where the value block begins by the rows' rule: inter-space x 9, +11 without values,
+    // (length - 2) average characters for a text longer than 9. diagnostics: the sliders' log
+    // lines.
+    long drawCaption(QPainter &painter, bool diagnostics);
+
     void changeEvent(QEvent *event) override;
     void paintEvent(QPaintEvent *event) override;
 

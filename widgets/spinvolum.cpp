@@ -78,9 +78,6 @@ void SpinVolum::showSpin()
 
 void SpinVolum::showText()
 {
-    const QFontMetrics metrics(font());
-    const int charWidth = metrics.averageCharWidth();
-    const int ascent = metrics.ascent();
     // Outside a paint event the row only works out where its bar goes.
     QPainter painter;
     if (m_painting) {
@@ -92,19 +89,7 @@ void SpinVolum::showText()
     if (m_select)
         return;
 
-    long x = 7;
-    if (!m_text1.isEmpty()) {
-        x = m_interSpace * 9;
-        if (m_items.isEmpty()) {
-            x += 11;
-        } else {
-            const QString text = m_text1 + QLatin1Char(' ') + getCurItem();
-            if (painter.isActive())
-                painter.drawText(QPointF(7, ascent), text);
-            if (text.length() > 9)
-                x = static_cast<long>(text.length() - 2) * charWidth;
-        }
-    }
+    const long x = drawCaption(painter, false);
     qDebug() << "SpinVolum::showText itemX" << x + m_interSpace;
 
     // the bar sits where the slider of the spin slider would, the arrows hug it on both sides
