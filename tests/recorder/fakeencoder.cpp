@@ -1,51 +1,35 @@
 // Stand-in for the device's encoders in the capture engine's tests. It appends to
-// $RECORDER_ROOT/encoder.log its pid, its argument vector and one line per SIGCONT it gets.
+// $RECORDER_ROOT/encoder.log its pid and its argument vector on two lines, then "CONT" for each
+// SIGCONT.
 // FAKE_MODE 0: runs until killed; 1: exits at once; 2: aborts after 2 s.
 
-#include <cstdio>
+#include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <fcntl.h>
-#include <signal.h>
 #include <string>
 #include <unistd.h>
 
-namespace {
+static int logFd = -1;
 
-int logFd = -1;
-
-void logLine(const std::string &line)
+static void continued(int)
 {
-    const std::string text = line + '\n';
-    if (write(logFd, text.data(), text.size()) < 0)
-        std::_Exit(3);
-}
-
-void continued(int)
-{
-    static const char line[] = "CONT\n";
-    if (write(logFd, line, sizeof line - 1) < 0)
+    if (write(logFd, "CONT\n", 5) < 0)
         _exit(3);
 }
-
-} // namespace
 
 int main(int argc, char **argv)
 {
     const char *root = std::getenv("RECORDER_ROOT");
     const std::string log = std::string(root ? root : ".") + "/encoder.log";
     logFd = open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
-    if (logFd < 0)
-        return 2;
-
-    struct sigaction onContinue = {};
-    onContinue.sa_handler = continued;
-    sigaction(SIGCONT, &onContinue, nullptr);
-
-    logLine("pid " + std::to_string(getpid()));
+    std::signal(SIGCONT, continued);
+    // one write, so that a reader never sees half of it
+    std::string line = std::to_string(getpid()) + '\n';
     for (int i = 0; i < argc; ++i)
-        logLine("arg " + std::string(argv[i]));
-    logLine("ready");
+        line += std::string(i ? " " : "") + argv[i];
+    line += '\n';
+    if (write(logFd, line.data(), line.size()) < 0)
+        return 2;
 
     if (FAKE_MODE == 1)
         return 0;
