@@ -1,0 +1,336 @@
+// The key-driven widget kit: the paged option menu with its spin box and slider rows, the
+// screen switcher, the yes/no and message dialogs, and fitting text to a width.
+#include "app/startup.h"
+#include "testdeviceroot.h"
+#include "widgets/cropstring.h"
+#include "widgets/itemmenu.h"
+#include "widgets/kospinbox.h"
+#include "widgets/kospinslide.h"
+#include "widgets/messagedialog.h"
+#include "widgets/widgetchange.h"
+#include "widgets/yesnoselect.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QSlider>
+#include <QtTest>
+
+namespace {
+
+// Grabs a widget as the screen would show it and keeps the picture for people to look at.
+QImage shoot(QWidget &widget, const QString &name)
+{
+    const QPixmap pixmap = widget.grab();
+    pixmap.save(screensDir() + QStringLiteral("/widgets_") + name + QStringLiteral(".png"));
+    return pixmap.toImage();
+}
+
+// White on black: a lit pixel is a drawn one.
+bool lit(const QImage &image, int x, int y)
+{
+    return qGray(image.pixel(x, y)) > 128;
+}
+
+// Presses only: the widgets act on the press, and after an exit they may be off screen.
+QTestEventList keys(std::initializer_list<Qt::Key> list)
+{
+    QTestEventList events;
+    for (Qt::Key key : list)
+        events.addKeyPress(key);
+    return events;
+}
+
+// Counts the keys that reach it: the menu passes none on to its parent.
+struct KeySink : QWidget
+{
+    int received = 0;
+    void keyPressEvent(QKeyEvent *) override { ++received; }
+};
+
+// Runs the dialog modally and answers it with the keys, as a user would. A dialog that never
+// closes is rejected with -1 after five seconds, so the test fails instead of hanging.
+int execAnswered(QDialog &dialog, const QTestEventList &events)
+{
+    QTimer::singleShot(0, &dialog, [&] { QTestEventList(events).simulate(&dialog); });
+    QTimer::singleShot(5000, &dialog, [&dialog] { dialog.done(-1); });
+    return dialog.exec();
+}
+
+} // namespace
+
+class TestWidgets : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QApplication::setPalette(recorderPalette()); }
+
+    // Five rows of the values a, b, c; row i starts at value i % 3. "*" in the signal log marks
+    // a signal sent after the menu left the screen: Return announces before the screen changes
+    // hands, Escape after.
+    void keySequences_data()
+    {
+        QTest::addColumn<QString>("mode");
+        QTest::addColumn<QTestEventList>("events");
+        QTest::addColumn<QString>("signalLog");
+        QTest::addColumn<int>("menuIndex");
+        QTest::addColumn<QString>("screenAfter");
+        const Qt::Key up = Qt::Key_Up, down = Qt::Key_Down, left = Qt::Key_Left,
+                      right = Qt::Key_Right, ret = Qt::Key_Return, esc = Qt::Key_Escape;
+        auto row = [](const char *tag, const char *mode, std::initializer_list<Qt::Key> events,
+                      const char *log, int index, const char *screen) {
+            QTest::newRow(tag) << QString(mode) << keys(events) << QString(log) << index
+                               << QString(screen);
+        };
+        row("down-stops-at-last-row", "plain", {down, down, down, down, down}, "", 4, "menu");
+        row("up-stops-at-first-row", "plain", {down, up, up}, "", 0, "menu");
+        row("right-wraps-the-value", "plain", {down, down, right, right}, "row 0 a, row 1 b", 2,
+            "menu");
+        row("left-wraps-the-value", "plain", {left}, "row 2 c", 0, "menu");
+        row("fixed-left-blocked-at-first", "fixed", {left}, "", 0, "menu");
+        row("fixed-left-announces-only", "fixed", {down, down, left}, "row 2 c", 2, "menu");
+        row("fixed-right-announces-only", "fixed", {right}, "row 0 a", 0, "menu");
+        row("fixed-right-blocked-at-second", "fixed", {down, right}, "", 1, "menu");
+        row("unhandled-keys-dropped", "plain",
+            {Qt::Key_A, Qt::Key_5, Qt::Key_F1, Qt::Key_Space, Qt::Key_Home, Qt::Key_Tab,
+             Qt::Key_Enter},
+            "", 0, "menu");
+        row("return-announces-then-switches", "plain", {down, ret}, "lan 1, datetime, esc*", 1,
+            "prev");
+        row("return-quick-to-quick-widget", "quick", {down, ret}, "lan 1, ok*, quick*, esc*", 1,
+            "quick");
+        row("return-go-in-stays", "goin", {down, ret}, "goin 1", 1, "menu");
+        row("escape-switches-then-announces", "plain", {down, esc}, "lan 1, datetime*, esc*", 1,
+            "prev");
+        row("escape-left-to-listener", "escstays", {esc}, "lan 0, esc", 0, "menu");
+        row("escape-nowhere-to-go-closes-all", "noprev", {esc}, "lan 0, datetime*, esc*", 0,
+            "none");
+    }
+    void keySequences()
+    {
+        QFETCH(QString, mode);
+        QFETCH(QTestEventList, events);
+        QFETCH(int, menuIndex);
+        QFETCH(QString, screenAfter);
+        QStringList log;
+        QWidget prev, quick, other;
+        KeySink parent;
+        auto *menu = new ItemMenu(&parent);
+        menu->resize(256, 64);
+        QList<KoSpinBox *> rows;
+        for (int i = 0; i < 5; ++i) {
+            rows << new KoSpinBox(menu);
+            rows.last()->addItem(QVector<QString>{"a", "b", "c"});
+            rows.last()->setCurIndex(i % 3);
+            menu->addItem(rows.last());
+            connect(rows.last(), &SpinItems::triggered, [&log](int index, const QString &value) {
+                log << QStringLiteral("row %1 %2").arg(index).arg(value);
+            });
+        }
+        menu->setMoveLRFlag(mode != "fixed");
+        menu->setPrevWidget(mode == "noprev" ? nullptr : &prev);
+        menu->setPrevQuickWidget(&quick);
+        menu->setQuickFlag(mode == "quick");
+        menu->setGoInFlag(mode == "goin");
+        menu->setEscGoPreFlag(mode != "escstays");
+        auto note = [&](const QString &what) { log << what + (menu->isVisible() ? "" : "*"); };
+        connect(menu, &ItemMenu::triggergoin, [=](int i) { note("goin " + QString::number(i)); });
+        connect(menu, &ItemMenu::okPressedLan, [=](int i) { note("lan " + QString::number(i)); });
+        connect(menu, &ItemMenu::okDateTimePressed, [=] { note("datetime"); });
+        connect(menu, &ItemMenu::okPressed, [=] { note("ok"); });
+        connect(menu, &ItemMenu::okPressedForQuick, [=] { note("quick"); });
+        connect(menu, &ItemMenu::escPressed, [=] { note("esc"); });
+        other.show();
+        parent.show();
+        events.simulate(menu);
+        QTEST(log.join(", "), "signalLog");
+        QCOMPARE(menu->getCurIndex(), menuIndex);
+        if (!log.join(' ').contains("row")) // a row that announced nothing has not moved
+            QCOMPARE(rows.at(menuIndex)->getCurIndex(), menuIndex % 3);
+        QCOMPARE(parent.received, 0);
+        QCOMPARE(other.isVisible(), mode != "noprev");
+        QCOMPARE(menu->isVisible(), screenAfter == "menu");
+        QCOMPARE(menu->getMessWidget(), screenAfter == "prev"    ? &prev
+                                        : screenAfter == "quick" ? &quick
+                                                                 : nullptr);
+
+        // three rows to a page, touching from y 4, the highlighted one bold, all disabled:
+        // rows take no input of their own
+        const int first = menuIndex < 3 ? 0 : 3, h = rows.first()->height();
+        for (int i = 0; i < rows.size(); ++i) {
+            QCOMPARE(!rows.at(i)->isHidden(), i >= first && i < first + 3);
+            QVERIFY(!rows.at(i)->isEnabled());
+            if (!rows.at(i)->isHidden()) {
+                QCOMPARE(rows.at(i)->geometry(), QRect(40, 4 + (i - first) * h, 241, h));
+                QCOMPARE(rows.at(i)->font().bold(), i == menuIndex);
+            }
+        }
+        // exactly the rows on the page show their arrows, at x 140-147 and 198-205 of the row
+        const QImage image = shoot(*menu, QStringLiteral("itemmenu_") + QTest::currentDataTag());
+        for (int k = 0; k < 3; ++k) {
+            const int y = 4 + k * h + 9;
+            QCOMPARE(lit(image, 40 + 144, y) && lit(image, 40 + 201, y), first + k < rows.size());
+            QVERIFY(!lit(image, 40 + 137, y) && !lit(image, 40 + 208, y));
+        }
+    }
+
+    // The value block moves left for good, whatever the flag's argument.
+    void spinBoxGoFront_data()
+    {
+        QTest::addColumn<bool>("flag");
+        QTest::newRow("go-front") << true;
+        QTest::newRow("go-front-false-still-moves-left") << false;
+    }
+    void spinBoxGoFront()
+    {
+        QFETCH(bool, flag);
+        KoSpinBox box;
+        box.addItem(QVector<QString>{"On", "Off"});
+        box.setGoFrontFlag(flag);
+        const QImage image = shoot(box, QStringLiteral("kospinbox_") + QTest::currentDataTag());
+        QVERIFY(lit(image, 114, 9) && lit(image, 208, 9)); // arrows at 110-117 and 205-212
+        QVERIFY(!lit(image, 107, 9) && !lit(image, 144, 9) && !lit(image, 215, 9));
+    }
+
+    void sliderPlaceAndValue_data()
+    {
+        QTest::addColumn<int>("index");
+        QTest::addColumn<int>("handleX"); // the middle of the 8-pixel handle
+        const int middles[] = {144, 154, 165, 176, 187, 198};
+        for (int i = 0; i < 6; ++i)
+            QTest::addRow("step-%d", i) << i << middles[i];
+    }
+    void sliderPlaceAndValue()
+    {
+        QFETCH(int, index);
+        QFETCH(int, handleX);
+        KoSpinSlide row;
+        row.addItem(QVector<QString>{"0", "1", "2", "3", "4", "5"});
+        auto *slider = row.findChild<QSlider *>();
+        row.setSelect(false); // the slider finds its place when the row is painted unselected
+        row.grab();
+        row.setCurIndex(0);
+        row.movePrev();                                // stops at the first value
+        for (int i = 0; i < index + (index == 5); ++i) // and at the last
+            row.moveNext();
+        QCOMPARE(slider->geometry(), QRect(140, 4, 62, 18));
+        QCOMPARE(slider->value(), index * 6);
+        const QImage image = shoot(row, QStringLiteral("kospinslide_step%1").arg(index));
+        QVERIFY(lit(image, handleX, 10));
+        QVERIFY(!lit(image, index < 3 ? handleX + 15 : handleX - 15, 10));
+    }
+
+    void widgetChangeWithoutSource()
+    {
+        QWidget a, b;
+        a.show();
+        WidgetChange *change = WidgetChange::instance();
+        change->Go2NewWidget(&b);
+        change->Go2PrevWidget(nullptr, &a); // no source: nothing at all
+        QVERIFY(a.isVisible() && a.isEnabled() && b.isVisible());
+        QCOMPARE(change->getCurWidget(), &b);
+    }
+
+    // The answers' line sits below the font's ascent: 19 pixels under a one-line question
+    // (up to 33 characters), 24 under a wrapped one.
+    void yesno_data()
+    {
+        QTest::addColumn<QString>("question");
+        QTest::addColumn<int>("lineDrop");
+        QTest::addColumn<QTestEventList>("events");
+        QTest::addColumn<int>("value");
+        QTest::addColumn<int>("result");
+        const Qt::Key left = Qt::Key_Left, right = Qt::Key_Right, ret = Qt::Key_Return;
+        const QString line(33, 'q'), wrapped(34, 'q');
+        QTest::newRow("return-on-first") << line << 19 << keys({ret}) << 0 << 1;
+        QTest::newRow("other-keys-ignored-right-stops-at-second")
+            << line << 19 << keys({Qt::Key_Up, Qt::Key_A, right, right, ret}) << 1 << 1;
+        QTest::newRow("wrapped-left-stops-at-first")
+            << wrapped << 24 << keys({left, ret}) << 0 << 1;
+        QTest::newRow("wrapped-right-left-back-to-first")
+            << wrapped << 24 << keys({right, left, ret}) << 0 << 1;
+        QTest::newRow("escape-rejects") << line << 19 << keys({Qt::Key_Escape}) << 2 << 0;
+    }
+    void yesno()
+    {
+        QFETCH(QString, question);
+        QFETCH(int, lineDrop);
+        QFETCH(QTestEventList, events);
+        QFETCH(int, value);
+        YesnoSelect dialog(question, "Yes", "No");
+        QTEST(execAnswered(dialog, events), "result");
+        QCOMPARE(dialog.getValue(), value);
+
+        // the mark stays where the answer was taken: inside it lit, its nearly black outline not
+        const QImage image = shoot(dialog, QStringLiteral("yesno_") + QTest::currentDataTag());
+        const QFontMetrics metrics{QFont("nits")};
+        const int y = metrics.ascent() + lineDrop;
+        const int firstX = 128 - metrics.horizontalAdvance("Yes") - 15;
+        QCOMPARE(lit(image, firstX, y + 8), value != 1);
+        QCOMPARE(lit(image, 135, y + 8), value == 1);
+        QVERIFY(!lit(image, value == 1 ? 132 : firstX - 3, y + 3));
+    }
+
+    void message_data()
+    {
+        QTest::addColumn<int>("timeout");
+        QTest::addColumn<QTestEventList>("events");
+        QTest::addColumn<int>("result");
+        QTest::newRow("no-time-out-other-keys-leave-it-open")
+            << 0 << keys({Qt::Key_Up, Qt::Key_A, Qt::Key_Return}) << 1;
+        QTest::newRow("no-time-out-escape-rejects") << 0 << keys({Qt::Key_Escape}) << 0;
+        QTest::newRow("time-out-accepts-after-every-show") << 1000 << QTestEventList() << 1;
+    }
+    void message()
+    {
+        QFETCH(int, timeout);
+        QFETCH(QTestEventList, events);
+        MessageDialog dialog(nullptr, "Saved", timeout);
+        QSignalSpy finished(&dialog, &MessageDialog::finished);
+        dialog.show();
+        QVERIFY(!finished.wait(300)); // waits for a key, or for the time
+        dialog.hide();
+        QVERIFY(!finished.wait(timeout + 300)); // a hidden notice does not time out
+        QElapsedTimer shown;
+        shown.start();
+        QTEST(execAnswered(dialog, events), "result");
+        QVERIFY(shown.elapsed() >= timeout - 10); // the full time again
+        QCOMPARE(finished.count(), 1);
+        shoot(dialog, QStringLiteral("message_") + QTest::currentDataTag());
+    }
+
+    // maxWidth is the width of this many letters and the suffix, plus these pixels
+    void cropString_data()
+    {
+        QTest::addColumn<int>("length");
+        QTest::addColumn<int>("widthOf");
+        QTest::addColumn<int>("extra");
+        QTest::addColumn<int>("kept"); // -1: the text unchanged, without the suffix
+        QTest::addColumn<bool>("wider");
+        QTest::newRow("fits-unchanged-without-suffix") << 10 << 10 << 0 << -1 << false;
+        QTest::newRow("exact-width-found") << 20 << 5 << 0 << 5 << false;
+        QTest::newRow("closes-after-too-wide-prefix") << 20 << 5 << 1 << 6 << true;
+        QTest::newRow("narrower-than-suffix") << 20 << 0 << -1 << 1 << true;
+        QTest::newRow("ten-halvings-run-out") << 2048 << 1500 << 1 << 1502 << true;
+    }
+    void cropString()
+    {
+        QFETCH(int, length);
+        QFETCH(int, widthOf);
+        QFETCH(int, extra);
+        QFETCH(int, kept);
+        const QFont font;
+        const QFontMetrics metrics(font);
+        auto letters = [&](int n) { return metrics.horizontalAdvance(QString(n, 'a')); };
+        QVERIFY(letters(2) - letters(1) >= 2); // every letter adds more than a pixel
+        const int maxWidth = letters(widthOf) + metrics.horizontalAdvance("...") + extra;
+        const QString text(length, 'a');
+        const QString result = crop_string(font, text, maxWidth, "...");
+        QCOMPARE(result, kept < 0 ? text : text.left(kept) + "...");
+        QTEST(metrics.horizontalAdvance(result) > maxWidth, "wider");
+    }
+};
+
+QTEST_MAIN(TestWidgets)
+#include "tst_widgets.moc"
