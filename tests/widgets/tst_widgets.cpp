@@ -295,7 +295,7 @@ private slots:
         QElapsedTimer shown;
         shown.start();
         QTEST(execAnswered(dialog, events), "result");
-        QVERIFY(shown.elapsed() >= timeout - 10); // the full time again
+        QVERIFY(shown.elapsed() >= timeout * 9 / 10); // the full time again (coarse timers: 5%)
         QCOMPARE(finished.count(), 1);
         shoot(dialog, QStringLiteral("message_") + QTest::currentDataTag());
     }

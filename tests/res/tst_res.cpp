@@ -1,0 +1,202 @@
+// The resources: every text of the program translated, the language chosen at start-up, the
+// translated screens fitting the display, and the files cmake --install lays out.
+#include "app/startup.h"
+#include "recorder/recordmainwnd.h"
+#include "storage/languagemanager.h"
+#include "testdeviceroot.h"
+#include "widgets/itemmenu.h"
+#include "widgets/kospinbox.h"
+#include "widgets/kospinslide.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTranslator>
+#include <QXmlStreamReader>
+
+namespace {
+
+const char idleHelp[] = "Press OK to Record";
+
+// The translations of the start-up table, in its order: list positions 0..7 of the sample
+// language table choose them in this order too.
+const QStringList names{"zh_CN", "en_US", "Ger", "Fre", "Ita", "Rus", "zh_TW", "Spa"};
+
+QString builtTranslation(const QString &name)
+{
+    return QM_DIR "/recorder_" + name + ".qm";
+}
+
+// Puts the built translations and the menu's background where the device keeps them.
+bool installResources(const TestDeviceRoot &root)
+{
+    bool ok = QFile::copy(RES_SOURCE_DIR "/pics/settings2.png",
+                          root.path("/apps/res/pics/settings2.png"));
+    for (const QString &name : names)
+        ok &= QFile::copy(builtTranslation(name), root.path("/apps/res/recorder_" + name + ".qm"));
+    return ok;
+}
+
+void addLanguageRows()
+{
+    QTest::addColumn<QString>("name");
+    for (const QString &name : names)
+        QTest::newRow(qPrintable(name)) << name;
+}
+
+} // namespace
+
+class TestResources : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QApplication::setPalette(recorderPalette()); }
+
+    // lupdate brings a copy of the source up to date with the program's code: a text added to the
+    // code appears in it as unfinished, one no longer used is dropped.
+    void everyTextTranslated_data() { addLanguageRows(); }
+    void everyTextTranslated()
+    {
+        QFETCH(QString, name);
+        QTemporaryDir dir;
+        const QString copy = dir.filePath("recorder_" + name + ".ts");
+        QVERIFY(QFile::copy(RES_SOURCE_DIR "/recorder_" + name + ".ts", copy));
+        QVERIFY(QFile::setPermissions(copy, QFile::ReadOwner | QFile::WriteOwner));
+        QCOMPARE(QProcess::execute(LUPDATE_BIN,
+                                   {"-silent", "-no-obsolete", "-locations", "none",
+                                    SOURCE_DIR "/app", SOURCE_DIR "/recorder",
+                                    SOURCE_DIR "/widgets", SOURCE_DIR "/storage", "-ts", copy}),
+                 0);
+        QFile ts(copy);
+        QVERIFY(ts.open(QIODevice::ReadOnly));
+        QString source;
+        QStringList sources, faults;
+        for (QXmlStreamReader xml(&ts); !xml.atEnd();) {
+            if (xml.readNext() != QXmlStreamReader::StartElement)
+                continue;
+            if (xml.name() == QLatin1String("source"))
+                sources << (source = xml.readElementText());
+            if (xml.name() != QLatin1String("translation"))
+                continue;
+            const bool unfinished = xml.attributes().value("type") == QLatin1String("unfinished");
+            const QString text = xml.readElementText(QXmlStreamReader::IncludeChildElements);
+            // pieces glued into one message keep their blanks: " [", "] ", "Mid "
+            if (unfinished || text.isEmpty() || source.startsWith(' ') != text.startsWith(' ') ||
+                source.endsWith(' ') != text.endsWith(' '))
+                faults << "\"" + source + "\" -> \"" + text + (unfinished ? "\" unfinished" : "\"");
+        }
+        // the scan found the program's texts at all
+        QVERIFY(sources.contains(idleHelp));
+        QVERIFY(sources.contains("No enough storage space, please remove some files."));
+        QVERIFY2(faults.isEmpty(), qPrintable(faults.join('\n')));
+    }
+
+    void languageChoosesHelpText_data()
+    {
+        QTest::addColumn<int>("position");
+        QTest::addColumn<QString>("name");
+        for (int i = 0; i < names.size(); ++i)
+            QTest::addRow("position-%d-%s", i, qPrintable(names.at(i))) << i << names.at(i);
+        QTest::newRow("outside-the-table-is-english") << int(names.size()) << QString();
+    }
+    // The idle screen under the language of "SystemSet/Lan", chosen as start-up chooses it.
+    void languageChoosesHelpText()
+    {
+        QFETCH(int, position);
+        QFETCH(QString, name);
+        TestDeviceRoot root;
+        QVERIFY(installResources(root));
+        QVERIFY(QFile::copy(DEVSIM_SOURCE_DIR "/scanlanguage.cfg",
+                            root.path("/apps/config/scanlanguage.cfg")));
+        QVERIFY(root.writeFile("/apps/config/config.ini",
+                               "[SystemSet]\nLan=" + QByteArray::number(position) + "\n"));
+        LanguageManager::quitFun();
+        QCOMPARE(LanguageManager::Instance()->init(), 0);
+        QTranslator translator;
+        applyTranslation(*qApp, translator,
+                         LanguageManager::Instance()->getLanIntByID(readSystemLanguage()));
+        const QString shown = RecordMainWnd(nullptr, 0).helpText();
+        QCoreApplication::removeTranslator(&translator);
+        LanguageManager::quitFun();
+
+        QString expected = idleHelp;
+        QTranslator reference;
+        if (!name.isEmpty()) {
+            QVERIFY(reference.load(builtTranslation(name)));
+            expected = reference.translate("RecordMainWnd", idleHelp);
+            QVERIFY2(name == "en_US" || (!expected.isEmpty() && expected != idleHelp),
+                     "left in English");
+        }
+        QCOMPARE(shown, expected);
+    }
+
+    // The idle screen and the options menu (each row highlighted in turn, bold) in each language
+    // kept as pictures; no text runs into its neighbour or off the right edge of the screen.
+    void translatedScreensFit_data() { addLanguageRows(); }
+    void translatedScreensFit()
+    {
+        QFETCH(QString, name);
+        TestDeviceRoot root;
+        QVERIFY(installResources(root));
+        QTranslator translator;
+        QVERIFY(translator.load(builtTranslation(name)));
+        QCoreApplication::installTranslator(&translator);
+        RecordMainWnd window(nullptr, 0);
+        QVERIFY(window.grab().save(screensDir() + "/res_idle_" + name + ".png"));
+        // the help line from x 10 ends before the time's digits from x 190
+        for (const char *help : {"Press OK to Record", "Press OK to Continue", "Press OK to Pause",
+                                 "Press OK to Play"}) {
+            const QString text = qApp->translate("RecordMainWnd", help);
+            QVERIFY2(10 + window.fontMetrics().horizontalAdvance(text) < 190, qPrintable(text));
+        }
+        window.newRecordOptionWnd();
+        ItemMenu *menu = window.getOptionMenu();
+        QVERIFY(menu);
+        const QList<SpinItems *> rows = menu->findChildren<SpinItems *>();
+        QCOMPARE(rows.size(), 3);
+        for (int current = 0; current < 3; ++current) {
+            menu->setCurIndex(current);
+            QVERIFY(menu->grab().save(QStringLiteral("%1/res_menu_%2_current%3.png")
+                                          .arg(screensDir(), name)
+                                          .arg(current)));
+            for (SpinItems *row : rows) {
+                // a caption from x 7 ends before the value block at 140; the slider row writes
+                // its widest value beside the caption, and only while it is not highlighted
+                const bool slider = qobject_cast<KoSpinSlide *>(row);
+                const QString caption = row->getText1() + (slider ? " 30" : "");
+                QVERIFY2((slider && row->font().bold()) ||
+                             7 + QFontMetrics(row->font()).horizontalAdvance(caption) < 140,
+                         qPrintable(caption));
+                // spin box values, in the nits face from x 156 of a row at x 40 (196), stay on
+                // screen
+                const QFontMetrics valueMetrics(QFont("nits").resolve(row->font()));
+                auto *box = qobject_cast<KoSpinBox *>(row);
+                for (int step = 0; box && step < box->getSizeItems(); ++step, row->moveNext()) {
+                    const QString value = row->getCurItem().trimmed();
+                    QVERIFY2(196 + valueMetrics.horizontalAdvance(value) <= 256, qPrintable(value));
+                }
+            }
+        }
+    }
+
+    void installLaysOutTheDevice()
+    {
+        QTemporaryDir prefix;
+        QCOMPARE(QProcess::execute(CMAKE_BIN, {"--install", BUILD_DIR, "--prefix", prefix.path()}),
+                 0);
+        QStringList expected{"apps/bin/recorder", "apps/res/sandglass.gif", "apps/res/pause.bmp",
+                             "apps/res/play.bmp", "apps/res/pics/settings2.png"};
+        for (const QString &name : names)
+            expected << "apps/res/recorder_" + name + ".qm";
+        for (const QString &file : qAsConst(expected))
+            QVERIFY2(QFileInfo(prefix.filePath(file)).size() > 0, qPrintable(file));
+        QVERIFY(QFileInfo(prefix.filePath("apps/bin/recorder")).isExecutable());
+    }
+};
+
+QTEST_MAIN(TestResources)
+#include "tst_res.moc"
