@@ -34,7 +34,7 @@ int main(int argc, char *argv[])
         ConfigWidget::reader = new ConfigWidget;
     const int playVolume = ConfigWidget::reader->getPlayVolume();
     Set_mic_record_mode(0);
-    set_volume(playVolume * 20);
+    set_volume(static_cast<long>(playVolume) * 20);
 
     if (ensureMediaFolder("/mnt/mmc/e_Recorder", "recorder dir exit") != 0)
         return -1;

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <ctime>
 
-typedef struct _snd_pcm snd_pcm_t;
+#include <alsa/asoundlib.h>
 
 // The microphone of the simulated device: the default ALSA capture device when the machine has
 // a sound card (and DEVSIM_SIGNAL is not "generated"), otherwise a generated test signal

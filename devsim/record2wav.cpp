@@ -3,11 +3,13 @@
 #include "audiosource.h"
 #include "uniquefd.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+
 #include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
@@ -30,9 +32,9 @@ void putLittleEndian(unsigned char *at, unsigned value, int bytes)
 
 void makeHeader(unsigned char *header, unsigned rate)
 {
-    std::memcpy(header, "RIFF", 4);
+    std::copy_n("RIFF", 4, header);
     putLittleEndian(header + 4, 36, 4);
-    std::memcpy(header + 8, "WAVEfmt ", 8);
+    std::copy_n("WAVEfmt ", 8, header + 8);
     putLittleEndian(header + 16, 16, 4);       // size of the fmt chunk
     putLittleEndian(header + 20, 1, 2);        // PCM
     putLittleEndian(header + 22, 1, 2);        // mono
@@ -40,7 +42,7 @@ void makeHeader(unsigned char *header, unsigned rate)
     putLittleEndian(header + 28, rate * 2, 4); // bytes per second
     putLittleEndian(header + 32, 2, 2);        // bytes per frame
     putLittleEndian(header + 34, 16, 2);       // bits per sample
-    std::memcpy(header + 36, "data", 4);
+    std::copy_n("data", 4, header + 36);
     putLittleEndian(header + 40, 0, 4);
 }
 

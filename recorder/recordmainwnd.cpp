@@ -439,17 +439,17 @@ void RecordMainWnd::escFromRecordMenuSlot()
     update();
 }
 
-void RecordMainWnd::fileFormatChangeSlot(int idx, QString)
+void RecordMainWnd::fileFormatChangeSlot(int idx, const QString &)
 {
     ConfigWidget::instance()->setFileFormat(idx);
 }
 
-void RecordMainWnd::fileQualityChangeSlot(int idx, QString)
+void RecordMainWnd::fileQualityChangeSlot(int idx, const QString &)
 {
     ConfigWidget::instance()->setFileQuality(idx);
 }
 
-void RecordMainWnd::playVolumeChangeSlot(int idx, QString)
+void RecordMainWnd::playVolumeChangeSlot(int idx, const QString &)
 {
     ConfigWidget::instance()->setPlayVolume(idx);
 }

@@ -47,9 +47,9 @@ public slots:
     void stopRecord();
     int spaceMessage();
     void escFromRecordMenuSlot();
-    void fileFormatChangeSlot(int idx, QString str);
-    void fileQualityChangeSlot(int idx, QString str);
-    void playVolumeChangeSlot(int idx, QString str);
+    void fileFormatChangeSlot(int idx, const QString &str);
+    void fileQualityChangeSlot(int idx, const QString &str);
+    void playVolumeChangeSlot(int idx, const QString &str);
     void startNewRecord();
     void handleReceived(const QString &message, const QByteArray &data);
 

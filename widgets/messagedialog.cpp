@@ -6,6 +6,8 @@
 #include <QPainter>
 #include <QTimerEvent>
 
+#include <utility>
+
 // Stands for the dialog's designer form, which has no child widgets of its own.
 struct MessageDialogForm
 {
@@ -25,7 +27,8 @@ struct MessageDialogForm
 };
 
 MessageDialog::MessageDialog(QWidget *parent, QString message, int timeoutMs)
-    : QDialog(parent), ui(new MessageDialogForm), m_timeout(timeoutMs), m_message(message)
+    : QDialog(parent), ui(new MessageDialogForm), m_timeout(timeoutMs),
+      m_message(std::move(message))
 {
     ui->setupUi(this);
     move(0, 0);

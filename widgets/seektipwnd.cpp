@@ -2,6 +2,8 @@
 
 #include <QPainter>
 
+#include <utility>
+
 SeekTipWnd::SeekTipWnd(QWidget *parent) : QWidget(parent)
 {
     setWindowFlags(Qt::FramelessWindowHint);
@@ -11,7 +13,7 @@ SeekTipWnd::SeekTipWnd(QWidget *parent) : QWidget(parent)
 
 void SeekTipWnd::showText(QString text)
 {
-    m_text = text;
+    m_text = std::move(text);
     show();
 }
 

@@ -46,7 +46,7 @@ SpinItems::SpinItems(QWidget *parent) : QWidget(parent), ui(new SpinItemsForm)
 
 SpinItems::~SpinItems() = default;
 
-void SpinItems::addItem(QString item)
+void SpinItems::addItem(const QString &item)
 {
     m_items.append(item);
 }
@@ -100,7 +100,7 @@ void SpinItems::setSelect(bool select)
     m_select = select;
 }
 
-void SpinItems::setText1(QString text)
+void SpinItems::setText1(const QString &text)
 {
     qDebug() << "in SpinItems::setText1" << text;
     m_text1 = text;
@@ -126,7 +126,7 @@ bool SpinItems::isLeftRightClick()
     return m_leftRightClick;
 }
 
-void SpinItems::trigger(int id, QString content)
+void SpinItems::trigger(int id, const QString &content)
 {
     emit triggered(id, content);
 }
@@ -156,7 +156,7 @@ long SpinItems::drawCaption(QPainter &painter, bool diagnostics)
 {
     if (m_text1.isEmpty())
         return 7;
-    long x = m_interSpace * 9;
+    long x = static_cast<long>(m_interSpace) * 9;
     if (m_items.isEmpty()) {
         x += 11;
         if (diagnostics)

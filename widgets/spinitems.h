@@ -21,7 +21,7 @@ public:
     explicit SpinItems(QWidget *parent = nullptr);
     ~SpinItems() override;
 
-    void addItem(QString item);
+    void addItem(const QString &item);
     void addItem(const QVector<QString> &items);
 
     // Next/previous value, wrapping around. Never call them on a row without values.
@@ -37,7 +37,7 @@ public:
 
     // Whether the row is the menu's highlighted one; the menu repaints, not the row.
     void setSelect(bool select);
-    void setText1(QString text);
+    void setText1(const QString &text);
     QString getText1();
     void setInterSpace(int space);
     void setLeftRightClick(bool click);
@@ -48,7 +48,7 @@ signals:
 
 public slots:
     // Announces (id, content) unchanged through triggered().
-    void trigger(int id, QString content);
+    void trigger(int id, const QString &content);
 
 protected:
     // Draws "caption value" from x 7 on the baseline (when the painter is active) and returns

@@ -8,9 +8,11 @@
 #include <QPointF>
 
 #include <cstdio>
+#include <utility>
 
 YesnoSelect::YesnoSelect(QString question, QString first, QString second, QWidget *parent)
-    : QDialog(parent), m_question(question), m_first(first), m_second(second)
+    : QDialog(parent), m_question(std::move(question)), m_first(std::move(first)),
+      m_second(std::move(second))
 {
     move(0, 0);
     setWindowFlags(Qt::FramelessWindowHint);
@@ -65,7 +67,7 @@ void YesnoSelect::paintEvent(QPaintEvent *)
     int lineY;
     if (m_question.length() < 34) {
         fprintf(stderr, "\n %s %d\n", "paintEvent", 103);
-        painter.drawText(QPointF((w - questionWidth) / 2, ascent + 13), m_question);
+        painter.drawText(QPointF(qreal((w - questionWidth) / 2), ascent + 13), m_question);
         lineY = ascent + 19;
     } else {
         // too long for one line of the screen: wrapped into the upper box
@@ -87,8 +89,9 @@ void YesnoSelect::paintEvent(QPaintEvent *)
                                  QPointF(left - 8, lineY + 8)};
         painter.drawPolygon(mark, 3);
     } else {
-        const QPointF mark[3] = {QPointF(w / 2 + 4, lineY + 3), QPointF(w / 2 + 4, lineY + 13),
-                                 QPointF(w / 2 + 14, lineY + 8)};
+        const QPointF mark[3] = {QPointF(qreal(w / 2 + 4), lineY + 3),
+                                 QPointF(qreal(w / 2 + 4), lineY + 13),
+                                 QPointF(qreal(w / 2 + 14), lineY + 8)};
         painter.drawPolygon(mark, 3);
     }
 }
