@@ -64,9 +64,7 @@ class TestQCopChannel : public QObject
 private slots:
     void initTestCase();
     void acrossProcessesOnlyTheNamedChannel();
-    void channelObjectReceivesFromAnotherProcess();
-    void channelObjectSendsToAnotherProcess();
-    void channelsInOneProcessAreApart();
+    void channelObjectsHearOnlyTheirChannel();
     void noSessionBus();
 };
 
@@ -92,47 +90,24 @@ void TestQCopChannel::acrossProcessesOnlyTheNamedChannel()
     QCOMPARE(shell.lines(), QStringList{"mainprocess Show(QString) record"});
 }
 
-void TestQCopChannel::channelObjectReceivesFromAnotherProcess()
-{
-    QCopChannel channel(QStringLiteral("recorderprocess"));
-    QVERIFY(channel.isListening());
-    QSignalSpy spy(&channel, &QCopChannel::received);
-    QCopChannel::flush();
-    QCOMPARE(qcopSend({"recorderprocess", "execute(QString)", "stoponly"}), 0);
-    QVERIFY(spy.wait(10000));
-    QCOMPARE(spy.count(), 1);
-    QCOMPARE(spy.at(0).at(0).toString(), QStringLiteral("execute(QString)"));
-    // the data block is the bare bytes of the word: no length, no terminator
-    QCOMPARE(spy.at(0).at(1).toByteArray(), QByteArray("stoponly"));
-}
-
-void TestQCopChannel::channelObjectSendsToAnotherProcess()
-{
-    Listener shell({QStringLiteral("mainprocess")});
-    QVERIFY(shell.waitReady());
-    QVERIFY(QCopChannel::send(QStringLiteral("mainprocess"), QStringLiteral("recorder(QString)"),
-                              QByteArray("disableAutoSleep")));
-    QVERIFY(QCopChannel::send(QStringLiteral("mainprocess"), QStringLiteral("ESC(QString)"),
-                              QByteArray("escpressed")));
-    QTRY_COMPARE(shell.lines(), QStringList({"mainprocess recorder(QString) disableAutoSleep",
-                                             "mainprocess ESC(QString) escpressed"}));
-}
-
-void TestQCopChannel::channelsInOneProcessAreApart()
+void TestQCopChannel::channelObjectsHearOnlyTheirChannel()
 {
     QCopChannel shell(QStringLiteral("mainprocess"));
     QCopChannel recorder(QStringLiteral("recorderprocess"));
+    QVERIFY(recorder.isListening());
     QSignalSpy shellSpy(&shell, &QCopChannel::received);
     QSignalSpy recorderSpy(&recorder, &QCopChannel::received);
     QCopChannel::flush();
+    // from another process, then from this one
+    QCOMPARE(qcopSend({"recorderprocess", "execute(QString)", "stoponly"}), 0);
     QVERIFY(QCopChannel::send(QStringLiteral("mainprocess"), QStringLiteral("Show(QString)"),
                               QByteArray("record")));
-    QVERIFY(QCopChannel::send(QStringLiteral("recorderprocess"), QStringLiteral("x()")));
-    QTRY_COMPARE(recorderSpy.count(), 1);
     QTRY_COMPARE(shellSpy.count(), 1);
+    QTRY_COMPARE(recorderSpy.count(), 1);
+    QCOMPARE(recorderSpy.at(0).at(0).toString(), QStringLiteral("execute(QString)"));
+    // the data block is the bare bytes of the word: no length, no terminator
+    QCOMPARE(recorderSpy.at(0).at(1).toByteArray(), QByteArray("stoponly"));
     QCOMPARE(shellSpy.at(0).at(1).toByteArray(), QByteArray("record"));
-    QCOMPARE(recorderSpy.at(0).at(0).toString(), QStringLiteral("x()"));
-    QCOMPARE(recorderSpy.at(0).at(1).toByteArray(), QByteArray());
 }
 
 void TestQCopChannel::noSessionBus()
