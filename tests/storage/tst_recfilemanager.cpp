@@ -12,15 +12,11 @@ namespace {
 const QString folder = QStringLiteral("/mnt/mmc/e_Recorder/");
 const QString listPath = QStringLiteral("/apps/config/reclist.ini");
 
-// the list file's bytes for these names in the recordings folder
+// the list file's bytes for these names in the recordings folder (UTF-16LE on this machine)
 QByteArray listBytes(const QStringList &names)
 {
-    QByteArray bytes("\xff\xfe", 2);
-    for (const QString &name : names) {
-        for (const QChar c : folder + name + QLatin1Char('\n'))
-            bytes.append(char(c.unicode() & 0xff)).append(char(c.unicode() >> 8));
-    }
-    return bytes;
+    const QString text = names.isEmpty() ? QString() : folder + names.join('\n' + folder) + '\n';
+    return "\xff\xfe" + QByteArray(reinterpret_cast<const char *>(text.utf16()), text.size() * 2);
 }
 
 void addFiles(RecFileManager &m, const TestDeviceRoot &root, const QStringList &names)
@@ -37,7 +33,7 @@ class TstRecFileManager : public QObject
 {
     Q_OBJECT
 private slots:
-    void newFileName()
+    void namesLimitAndIndex()
     {
         TestDeviceRoot root;
         RecFileManager m;
@@ -50,24 +46,19 @@ private slots:
         QCOMPARE(m.newFileName(today), root.path(folder + "240131_5.mp3"));
         QVERIFY(root.writeFile(folder + "240131_5.mp3", "x")); // a gap in the list
         QCOMPARE(m.newFileName(today), root.path(folder + "240131_6.mp3"));
-    }
 
-    void limitAndCurrentIndex()
-    {
-        TestDeviceRoot root;
+        // the limit, and the current index counted from the oldest end
         QStringList names;
         for (int i = 0; i < 999; ++i) {
             names << QStringLiteral("r%1.mp3").arg(i);
             QVERIFY(root.writeFile(folder + names.last(), "x"));
         }
         QVERIFY(root.writeFile(listPath, listBytes(names)));
-        RecFileManager m;
         QCOMPARE(m.init(), 0);
         QCOMPARE(m.getFileNum(), 999);
         QVERIFY(m.exceedMaxNum());
         addFiles(m, root, {"r999.mp3"});
         QVERIFY(!m.exceedMaxNum());
-        // counted from the oldest end
         m.setCurFileIndex(0);
         QCOMPARE(m.getCurFileIndex(), 999);
         RecFileManager one;
@@ -75,36 +66,28 @@ private slots:
         QCOMPARE(one.removeAt(0), 0);
         QCOMPARE(one.getFileNum(), 0);
         QCOMPARE(one.getCurFileIndex(), 0); // 0 - (-1) - 1: nothing is selected
-        QVERIFY(!root.exists(folder + "last.mp3"));
     }
 
-    void rename()
-    {
-        TestDeviceRoot root;
-        RecFileManager m;
-        QVERIFY(root.writeFile(folder + "talk.mp3", "other"));
-        addFiles(m, root, {"240131.mp3"});
-        QCOMPARE(m.renameRecFile(0, "TALK"), 2); // its lower-case twin exists
-        QCOMPARE(m.renameRecFile(0, "../escape"), 1);
-        QCOMPARE(m.renameRecFile(0, "Memo"), 0);
-        QVERIFY(root.exists(folder + "Memo.mp3"));
-        QCOMPARE(root.readFile(listPath), listBytes({"Memo.mp3"}));
-    }
-
-    void durationIsCached()
+    void renameAndDuration()
     {
         TestDeviceRoot root;
         // 44-byte PCM header: 2 channels, 44100 Hz, 16 bits, 176400 bytes a second
-        const QByteArray wav =
-            QByteArray::fromHex("524946460000000057415645666d74201000000001"
-                                "00020044ac000010b10200040010006461746100000000");
+        const QByteArray wav(
+            "RIFF\0\0\0\0WAVEfmt \x10\0\0\0\1\0\2\0\x44\xac\0\0\x10\xb1\2\0\4\0\x10\0data\0\0\0\0",
+            44);
         RecFileManager m;
-        addFiles(m, root, {"a.wav", "b.txt"});
-        QVERIFY(root.writeFile(folder + "a.wav", wav + QByteArray(176400 * 10, '\0')));
-        QCOMPARE(m.getFileDuration(1), QStringLiteral("00:10"));
-        QVERIFY(root.writeFile(folder + "a.wav", wav));
-        QCOMPARE(m.getFileDuration(1), QStringLiteral("00:10"));
-        QCOMPARE(m.getFileDuration(0), QStringLiteral("null"));
+        QVERIFY(root.writeFile(folder + "talk.wav", "other"));
+        addFiles(m, root, {"b.txt", "240131.wav"});
+        QVERIFY(root.writeFile(folder + "240131.wav", wav + QByteArray(176400 * 10, '\0')));
+        QCOMPARE(m.getFileDuration(0), QStringLiteral("00:10"));
+        QCOMPARE(m.getFileDuration(1), QStringLiteral("null"));
+        QCOMPARE(m.renameRecFile(0, "TALK"), 2); // its lower-case twin exists
+        QCOMPARE(m.renameRecFile(0, "../escape"), 1);
+        QCOMPARE(m.renameRecFile(0, "Memo"), 0);
+        QVERIFY(root.exists(folder + "Memo.wav") && !root.exists(folder + "240131.wav"));
+        QCOMPARE(root.readFile(listPath), listBytes({"Memo.wav", "b.txt"}));
+        QVERIFY(root.writeFile(folder + "Memo.wav", wav)); // computed once: the length stays
+        QCOMPARE(m.getFileDuration(0), QStringLiteral("00:10"));
     }
 
     void listFile_data()
@@ -152,8 +135,9 @@ private slots:
                 QFile done(journal);
                 done.open(QIODevice::Append | QIODevice::Unbuffered);
                 for (int i = 0;; ++i) {
-                    addFiles(m, root, {QStringLiteral("k%1_%2.mp3").arg(round).arg(i)});
-                    done.write(QStringLiteral("k%1_%2.mp3\n").arg(round).arg(i).toUtf8());
+                    const QString name = QStringLiteral("k%1_%2.mp3").arg(round).arg(i);
+                    addFiles(m, root, {name});
+                    done.write(name.toUtf8() + '\n');
                 }
             }
             QVERIFY(pid > 0);
