@@ -1,5 +1,8 @@
 #include "audiosource.h"
 
+#include <atomic>
+#include <csignal>
+
 #include <alsa/asoundlib.h>
 
 #include <cerrno>
@@ -123,4 +126,26 @@ void AudioSource::waitForRealTime(int frames)
     m_deadline = fromNanos(deadline);
     while (clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &m_deadline, nullptr) == EINTR) {
     }
+}
+
+namespace {
+std::atomic<bool> terminationRequested{false};
+
+void requestTermination(int)
+{
+    terminationRequested = true;
+}
+} // namespace
+
+void AudioSource::stopOnTermination()
+{
+    struct sigaction stop = {};
+    stop.sa_handler = requestTermination;
+    sigaction(SIGTERM, &stop, nullptr);
+    sigaction(SIGINT, &stop, nullptr);
+}
+
+bool AudioSource::stopRequested()
+{
+    return terminationRequested;
 }

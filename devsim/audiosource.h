@@ -23,6 +23,10 @@ public:
 
     bool isCapturing() const { return m_pcm != nullptr; }
 
+    // SIGTERM and SIGINT ask the encoder to finish its file; SIGKILL ends it without asking.
+    static void stopOnTermination();
+    static bool stopRequested();
+
 private:
     static bool soundCardPresent();
     bool openCapture();

@@ -4,9 +4,7 @@
 #include "uniquefd.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -16,13 +14,6 @@
 #include <vector>
 
 namespace {
-
-std::atomic<bool> stopRequested{false};
-
-void requestStop(int)
-{
-    stopRequested = true;
-}
 
 void putLittleEndian(unsigned char *at, unsigned value, int bytes)
 {
@@ -79,15 +70,12 @@ int main(int argc, char **argv)
     if (!file.writeAll(header, size_t(sizeof header)))
         return 1;
 
-    struct sigaction stop = {};
-    stop.sa_handler = requestStop;
-    sigaction(SIGTERM, &stop, nullptr);
-    sigaction(SIGINT, &stop, nullptr);
+    AudioSource::stopOnTermination();
 
     AudioSource source(rate);
     std::vector<int16_t> block(size_t(rate / 10)); // 100 ms
     unsigned dataBytes = 0;
-    while (!stopRequested) {
+    while (!AudioSource::stopRequested()) {
         if (!source.read(block.data(), int(block.size())))
             return 1;
         const size_t bytes = block.size() * sizeof(int16_t);

@@ -7,7 +7,6 @@ extern "C" {
 #include <shine/layer3.h>
 }
 
-#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -19,13 +18,6 @@ extern "C" {
 #include <vector>
 
 namespace {
-
-std::atomic<bool> stopRequested{false};
-
-void requestStop(int)
-{
-    stopRequested = true;
-}
 
 struct ShineCloser
 {
@@ -77,14 +69,11 @@ int main(int argc, char **argv)
     if (!encoder)
         return 1;
 
-    struct sigaction stop = {};
-    stop.sa_handler = requestStop;
-    sigaction(SIGTERM, &stop, nullptr);
-    sigaction(SIGINT, &stop, nullptr);
+    AudioSource::stopOnTermination();
 
     AudioSource source(rate);
     std::vector<int16_t> frame(size_t(shine_samples_per_pass(encoder.get())));
-    while (!stopRequested) {
+    while (!AudioSource::stopRequested()) {
         if (!source.read(frame.data(), int(frame.size())))
             return 1;
         int16_t *channels[1] = {frame.data()};
