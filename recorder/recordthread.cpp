@@ -196,16 +196,6 @@ private:
     _exit(127);
 }
 
-QByteArray encodedFileName(const char *fileName)
-{
-    // the window passes the device path; one already below the device root stays as it is
-    const QByteArray root = qgetenv("RECORDER_ROOT");
-    if (!root.isEmpty() && qstrncmp(fileName, root.constData(), uint(root.size())) == 0 &&
-        fileName[root.size()] == '/')
-        return QByteArray(fileName);
-    return devicePathBytes(fileName);
-}
-
 } // namespace
 
 const char *setBitRate(int quality)
@@ -242,7 +232,8 @@ int RecordToFile(const char *fileName, std::atomic<bool> *recording, std::atomic
     if (!g_setRecoderVolume.exchange(true))
         std::system("amixer set \"Input PGA\" 63%");
 
-    const QByteArray path = encodedFileName(fileName);
+    // the window may pass the pen's path or one already mapped: devicePath takes both
+    const QByteArray path = devicePathBytes(fileName);
     const EncoderLaunch launch =
         mp3 ? EncoderLaunch(devicePathBytes("/usr/sbin/shine"),
                             {"shine", "-b", QByteArray(bitrate ? bitrate : ::bitrate.load()), "-s",

@@ -2,15 +2,34 @@
 
 #include <QFile>
 
+namespace {
+
+// the folder below which the pen's file system lives; empty on the pen itself
+QString deviceRoot()
+{
+    QString root = QFile::decodeName(qgetenv("RECORDER_ROOT"));
+    while (root.endsWith(QLatin1Char('/')))
+        root.chop(1);
+    return root;
+}
+
+} // namespace
+
 QString devicePath(const QString &absolutePath)
 {
-    const QByteArray root = qgetenv("RECORDER_ROOT");
-    if (root.isEmpty() || !absolutePath.startsWith(QLatin1Char('/')))
+    const QString root = deviceRoot();
+    if (root.isEmpty() || !absolutePath.startsWith(QLatin1Char('/')) ||
+        absolutePath.startsWith(root + QLatin1Char('/')))
         return absolutePath;
-    QString mapped = QFile::decodeName(root);
-    while (mapped.endsWith(QLatin1Char('/')))
-        mapped.chop(1);
-    return mapped + absolutePath;
+    return root + absolutePath;
+}
+
+QString penPath(const QString &path)
+{
+    const QString root = deviceRoot();
+    if (!root.isEmpty() && path.startsWith(root + QLatin1Char('/')))
+        return path.mid(root.size());
+    return path;
 }
 
 QByteArray devicePathBytes(const char *absolutePath)

@@ -26,32 +26,6 @@ QString listFile()
     return devicePath(QStringLiteral("/apps/config/reclist.ini"));
 }
 
-// the folder below which the pen's file system lives here; empty on the pen itself
-QString deviceRoot()
-{
-    QString root = devicePath(QStringLiteral("/"));
-    root.chop(1);
-    return root;
-}
-
-// a path of this machine, whether it was given as the pen's path or already mapped
-QString localPath(const QString &path)
-{
-    const QString root = deviceRoot();
-    if (root.isEmpty() || path.startsWith(root + QLatin1Char('/')))
-        return path;
-    return devicePath(path);
-}
-
-// the path as the pen sees it, for the list file
-QString penPath(const QString &path)
-{
-    const QString root = deviceRoot();
-    if (!root.isEmpty() && path.startsWith(root + QLatin1Char('/')))
-        return path.mid(root.size());
-    return path;
-}
-
 void syncStorage()
 {
     ::sync();
@@ -91,7 +65,7 @@ int RecFileManager::init(int)
         qDebug() << "list1.size:" << parts.size();
         if (parts.size() != 1)
             return -1;
-        const QFileInfo info(localPath(line));
+        const QFileInfo info(devicePath(line));
         qDebug() << "info.absoluteFilePath():" << info.absoluteFilePath();
         // a recording deleted behind our back leaves the list at the next flush()
         if (info.exists()) {
@@ -123,7 +97,7 @@ int RecFileManager::flush()
 
 int RecFileManager::addNewFileToList(const QString &path)
 {
-    m_files.prepend(QFileInfo(localPath(path)));
+    m_files.prepend(QFileInfo(devicePath(path)));
     m_durations.prepend(unknownDuration);
     flush();
     return 0;

@@ -94,8 +94,13 @@ private slots:
         const QByteArray saved = qgetenv("RECORDER_ROOT");
         root.isEmpty() ? qunsetenv("RECORDER_ROOT") : qputenv("RECORDER_ROOT", root);
         const QString mapped = devicePath(QStringLiteral("/mnt/mmc"));
+        // mapped twice stays put, and the pen's own path comes back from it
+        const QString twice = devicePath(mapped);
+        const QString onPen = penPath(mapped);
         qputenv("RECORDER_ROOT", saved);
         QCOMPARE(mapped, expected);
+        QCOMPARE(twice, expected);
+        QCOMPARE(onPen, QStringLiteral("/mnt/mmc"));
         // quoted for system(), the shell hands the path back byte for byte
         QProcess shell;
         shell.start("sh", {"-c", "printf '%s' " + QString::fromUtf8(shellQuoted(mapped))});
