@@ -30,9 +30,7 @@ int main(int argc, char *argv[])
     if (pthread_create(&scan, nullptr, scanthread, nullptr) == 0)
         pthread_detach(scan);
 
-    if (!ConfigWidget::reader)
-        ConfigWidget::reader = new ConfigWidget;
-    const int playVolume = ConfigWidget::reader->getPlayVolume();
+    const int playVolume = ConfigWidget::instance()->getPlayVolume();
     Set_mic_record_mode(0);
     set_volume(static_cast<long>(playVolume) * 20);
 
