@@ -1,7 +1,10 @@
 #include "xserver.h"
 
 #include <QDeadlineTimer>
+#include <QFile>
 #include <QImage>
+
+#include <unistd.h>
 
 XServer::~XServer()
 {
@@ -15,16 +18,33 @@ XServer::~XServer()
 
 bool XServer::start()
 {
-    m_xvfb.setStandardErrorFile(QProcess::nullDevice());
-    // -displayfd: the server picks a free display and writes its number once it takes connections
-    m_xvfb.start(QStringLiteral("Xvfb"), {"-displayfd", "1", "-screen", "0", "640x480x24",
-                                          "-nolisten", "tcp", "-fbdir", m_frameBuffer.path()});
-    const QDeadlineTimer deadline(30000);
-    QByteArray announced;
-    while (!announced.contains('\n') && m_xvfb.waitForReadyRead(int(deadline.remainingTime())))
-        announced += m_xvfb.readAllStandardOutput();
-    m_display = QLatin1Char(':') + QString::fromLatin1(announced.trimmed());
-    return announced.contains('\n');
+    // A display of our own, well away from a person's :0 and from other tests' servers: with
+    // -displayfd alone Xvfb takes the lowest free number and leaves no lock file, so servers
+    // started side by side could take each other's socket.
+    for (int display = 200 + int(getpid() % 300); display < 600; ++display) {
+        const QString socket = QStringLiteral("/tmp/.X11-unix/X%1").arg(display);
+        if (QFile::exists(socket) || QFile::exists(QStringLiteral("/tmp/.X%1-lock").arg(display)))
+            continue;
+        m_xvfb.setStandardErrorFile(QProcess::nullDevice());
+        // -displayfd: the number is written once the server takes connections
+        m_xvfb.start(QStringLiteral("Xvfb"),
+                     {QStringLiteral(":%1").arg(display), "-displayfd", "1", "-screen", "0",
+                      "640x480x24", "-nolisten", "tcp", "-fbdir", m_frameBuffer.path()});
+        const QDeadlineTimer deadline(30000);
+        QByteArray announced;
+        while (!announced.contains('\n') && m_xvfb.waitForReadyRead(int(deadline.remainingTime())))
+            announced += m_xvfb.readAllStandardOutput();
+        m_display = QStringLiteral(":%1").arg(display);
+        bool answers = false;
+        if (announced.contains('\n'))
+            run({QStringLiteral("xdpyinfo")}, &answers);
+        if (answers)
+            return true;
+        // taken meanwhile by another server: try the next number
+        m_xvfb.kill();
+        m_xvfb.waitForFinished(5000);
+    }
+    return false;
 }
 
 QByteArray XServer::run(const QStringList &command, bool *ok) const
