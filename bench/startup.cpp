@@ -43,6 +43,8 @@ constexpr int cardRoot = 300;
 struct Measure
 {
     double seconds = 0;
+    double showSeconds = 0; // until "Show(QString)"
+    double cpuSeconds = 0;  // the program's and its children's, user and system
     double peakMb = 0;
     bool ok = false;
 };
@@ -90,7 +92,7 @@ public:
     bool started() const { return m_pid > 0; }
 
     // true once the program has ended; peakKb then holds its largest resident size
-    bool ended(long *peakKb)
+    bool ended(long *peakKb, double *cpuSeconds)
     {
         if (m_ended)
             return true;
@@ -100,6 +102,8 @@ public:
             return false;
         m_ended = true;
         *peakKb = usage.ru_maxrss;
+        *cpuSeconds = double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+                      double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
         return true;
     }
 
@@ -127,13 +131,14 @@ Measure measure(const QByteArray &program, int cpu, bool &shown)
     const QDeadlineTimer deadline(timeoutMs);
     long peakKb = 0;
     while (!shown) {
-        if (child.ended(&peakKb) || deadline.hasExpired())
+        if (child.ended(&peakKb, &result.cpuSeconds) || deadline.hasExpired())
             return result;
         pump();
     }
+    result.showSeconds = double(wall.nsecsElapsed()) / 1e9;
     QCopChannel::send(QStringLiteral("recorderprocess"), QStringLiteral("execute(QString)"),
                       "stop");
-    while (!child.ended(&peakKb)) {
+    while (!child.ended(&peakKb, &result.cpuSeconds)) {
         if (deadline.hasExpired())
             return result;
         pump();
@@ -217,8 +222,21 @@ struct Condition
     QString root;
     int cpu;           // -1: every core
     int expectedLines; // lines the music list must hold after each recorder run; -1: unchecked
-    QVector<double> ourTime, ourMemory, floorTime, floorMemory;
+    QVector<Measure> ours, floor;
 };
+
+QVector<double> figures(const QVector<Measure> &runs, double Measure::*figure)
+{
+    QVector<double> values;
+    for (const Measure &run : runs)
+        values << run.*figure;
+    return values;
+}
+
+double median(const QVector<Measure> &runs, double Measure::*figure)
+{
+    return median(figures(runs, figure));
+}
 
 // one recorder run and one bare run; false when either did not finish or the list came out short
 bool measurePair(Condition &c, const QByteArray &bare, bool &shown, bool keep)
@@ -241,21 +259,31 @@ bool measurePair(Condition &c, const QByteArray &bare, bool &shown, bool keep)
     }
     if (!keep)
         return true;
-    c.ourTime << ours.seconds;
-    c.ourMemory << ours.peakMb;
-    c.floorTime << floor.seconds;
-    c.floorMemory << floor.peakMb;
+    c.ours << ours;
+    c.floor << floor;
     return true;
 }
 
 void report(const Condition &c)
 {
-    std::printf("\n%s\nrun  recorder: s     MB   bare Qt: s     MB\n", c.title);
-    for (int i = 0; i < c.ourTime.size(); ++i)
-        std::printf("%3d  %11.3f %6.1f  %10.3f %6.1f\n", i + 1, c.ourTime.at(i), c.ourMemory.at(i),
-                    c.floorTime.at(i), c.floorMemory.at(i));
-    std::printf("median recorder %.3f s %.1f MB, bare Qt %.3f s %.1f MB\n", median(c.ourTime),
-                median(c.ourMemory), median(c.floorTime), median(c.floorMemory));
+    std::printf("\n%s: seconds to Show, to the end, CPU seconds, peak MB\n"
+                "run  recorder:  Show    end    CPU     MB   bare Qt: Show    end    CPU     MB\n",
+                c.title);
+    const auto row = [](const char *label, const Measure &a, const Measure &b) {
+        std::printf("%-4s %15.3f %6.3f %6.3f %6.1f  %14.3f %6.3f %6.3f %6.1f\n", label,
+                    a.showSeconds, a.seconds, a.cpuSeconds, a.peakMb, b.showSeconds, b.seconds,
+                    b.cpuSeconds, b.peakMb);
+    };
+    for (int i = 0; i < c.ours.size(); ++i)
+        row(QByteArray::number(i + 1).constData(), c.ours.at(i), c.floor.at(i));
+    Measure ours;
+    Measure floor;
+    for (double Measure::*figure :
+         {&Measure::showSeconds, &Measure::seconds, &Measure::cpuSeconds, &Measure::peakMb}) {
+        ours.*figure = median(c.ours, figure);
+        floor.*figure = median(c.floor, figure);
+    }
+    row("med", ours, floor);
 }
 
 } // namespace
@@ -287,7 +315,7 @@ int main(int argc, char **argv)
     QCopChannel::flush();
 
     Condition conditions[] = {
-        {"two cores, empty card", "startup", 1.5, 1.3, pcRoot.path(), -1, 0, {}, {}, {}, {}},
+        {"two cores, empty card", "startup", 1.5, 1.3, pcRoot.path(), -1, 0, {}, {}},
         {"one core, 10,300 songs on the card",
          "startup_onecore",
          1.2,
@@ -295,8 +323,6 @@ int main(int argc, char **argv)
          penRoot.path(),
          oneCore(),
          cardMusic + cardRoot,
-         {},
-         {},
          {},
          {}},
     };
@@ -313,9 +339,11 @@ int main(int argc, char **argv)
     std::printf("\n");
     for (const Condition &c : conditions) {
         std::printf("BENCH %s_time ratio=%.2f goal<=%.2g\n", c.name,
-                    median(c.ourTime) / median(c.floorTime), c.timeGoal);
+                    median(c.ours, &Measure::seconds) / median(c.floor, &Measure::seconds),
+                    c.timeGoal);
         std::printf("BENCH %s_memory ratio=%.2f goal<=%.3g\n", c.name,
-                    median(c.ourMemory) / median(c.floorMemory), c.memoryGoal);
+                    median(c.ours, &Measure::peakMb) / median(c.floor, &Measure::peakMb),
+                    c.memoryGoal);
     }
     return 0;
 }
