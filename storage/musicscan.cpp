@@ -15,6 +15,7 @@
 #include <pthread.h>
 #include <sched.h>
 #include <strings.h>
+#include <sys/stat.h>
 #include <vector>
 
 QMutex mutexScan;
@@ -60,6 +61,13 @@ void collect(const char *deviceDir, Listing &listing)
         std::fprintf(stderr, "Cannot open directory:%s\n", deviceDir);
         return;
     }
+    // a folder's size on the card bounds the bytes of its names: one allocation, never copied,
+    // and the part left unused is never touched (capped: a file system may report anything)
+    struct stat folder
+    {
+    };
+    if (::fstat(::dirfd(dir.get()), &folder) == 0 && folder.st_size > 0)
+        listing.names.reserve(size_t(std::min<off_t>(folder.st_size, 16 << 20)));
     while (const dirent *entry = ::readdir(dir.get())) {
         const char *name = entry->d_name;
         if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0 || !isMusicName(name))
