@@ -30,7 +30,7 @@ void TestStartupMusicList::fullCardListSurvivesStopAfterShow()
     QVERIFY(QDir().mkpath(QFile::decodeName(card + "dir.mp3")));
     const QByteArray seed = card + "e_Music/sub/deep.mp3";
     QByteArrayList expected{"/mnt/mmc/dir.mp3\n"};
-    // songs is true for names the list must hold
+    // song: the list must hold the name
     const auto add = [&](const QByteArray &folder, const QByteArray &name, bool song) {
         QVERIFY2(::link(seed.constData(), (card + folder + name).constData()) == 0, name);
         if (song)
