@@ -18,26 +18,24 @@
 
 #include <cstdlib>
 #include <memory>
-#include <pthread.h>
 
 QApplication *qApp1 = nullptr;
 QTranslator *translatorpass = nullptr;
 
 int main(int argc, char *argv[])
 {
-    // the music list is written beside everything else; nobody waits for it
-    pthread_t scan;
-    if (pthread_create(&scan, nullptr, scanthread, nullptr) == 0)
-        pthread_detach(scan);
+    // the music list is written beside everything else, yielding the core until the window shows
+    startMusicScan();
 
     const int playVolume = ConfigWidget::instance()->getPlayVolume();
     Set_mic_record_mode(0);
     set_volume(static_cast<long>(playVolume) * 20);
 
-    if (ensureMediaFolder("/mnt/mmc/e_Recorder", "recorder dir exit") != 0)
+    if (ensureMediaFolder("/mnt/mmc/e_Recorder", "recorder dir exit") != 0 ||
+        ensureMediaFolder("/mnt/mmc/e_Music", "music dir exit") != 0) {
+        waitForMusicScan();
         return -1;
-    if (ensureMediaFolder("/mnt/mmc/e_Music", "music dir exit") != 0)
-        return -1;
+    }
 
     // all narrow text of the device is GBK
     QTextCodec::setCodecForLocale(QTextCodec::codecForName("GBK"));
@@ -63,6 +61,7 @@ int main(int argc, char *argv[])
         window = std::make_unique<RecordMainWnd>(nullptr, 0);
         window->setVisible(true);
         window->SendShow();
+        musicScanWindowShown();
         if (freeSpace <= 0) {
             MessageDialog message(nullptr,
                                   QCoreApplication::translate(
@@ -71,6 +70,7 @@ int main(int argc, char *argv[])
             message.exec();
             window->close();
             QCopChannel::flush();
+            waitForMusicScan();
             std::exit(0);
         }
         result = QApplication::exec();
@@ -81,5 +81,7 @@ int main(int argc, char *argv[])
     window.reset();
     translatorpass = nullptr;
     qApp1 = nullptr;
+    // a stop soon after the window showed must not cut the music list short
+    waitForMusicScan();
     return result;
 }

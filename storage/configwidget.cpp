@@ -26,6 +26,10 @@ ConfigWidget::~ConfigWidget() = default;
 
 void ConfigWidget::store(const char *key, int value)
 {
+    // at start-up a key the file already holds just so is left alone: the file is then not
+    // rewritten and synced to the card with the very bytes it has, at every start
+    if (m_loading && m_settings->value(QLatin1String(key)).toString() == QString::number(value))
+        return;
     m_settings->setValue(QLatin1String(key), QVariant(value));
     // a setting is written at once: the pen may lose power at any moment
     if (!m_loading)

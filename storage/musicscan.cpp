@@ -5,17 +5,26 @@
 #include <QMutex>
 
 #include <algorithm>
+#include <condition_variable>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <dirent.h>
 #include <memory>
+#include <mutex>
 #include <pthread.h>
+#include <sched.h>
 #include <strings.h>
+#include <sys/stat.h>
 #include <vector>
 
 QMutex mutexScan;
 
 namespace {
+
+const char rootPrefix[] = "/mnt/mmc/";
+// what a music entry's line holds after rootPrefix
+const char musicFolder[] = "e_Music/";
 
 struct FileCloser
 {
@@ -34,25 +43,88 @@ bool isMusicName(const char *name)
     return dot && ::strncasecmp(dot + 1, "mp3", 3) == 0;
 }
 
-// devicePrefix is what the list holds (the path on the pen), whatever the folder is here
-void collect(const char *deviceDir, const char *devicePrefix, std::vector<std::string> &list)
+// The music names of one folder, each followed by its line's "\n" and a NUL, end to end in one
+// buffer: one allocation for thousands of songs rather than one each, and a name compares with
+// strcmp exactly as its whole line does after the folder's shared prefix.
+struct Listing
+{
+    std::string names;
+    std::vector<uint32_t> starts;
+
+    const char *at(size_t i) const { return names.data() + starts[i]; }
+};
+
+void collect(const char *deviceDir, Listing &listing)
 {
     std::unique_ptr<DIR, DirCloser> dir(::opendir(devicePathBytes(deviceDir).constData()));
     if (!dir) {
         std::fprintf(stderr, "Cannot open directory:%s\n", deviceDir);
         return;
     }
-    const size_t prefixLength = std::strlen(devicePrefix);
+    // a folder's size on the card bounds the bytes of its names: one allocation, never copied,
+    // and the part left unused is never touched (capped: a file system may report anything)
+    struct stat folder
+    {
+    };
+    if (::fstat(::dirfd(dir.get()), &folder) == 0 && folder.st_size > 0)
+        listing.names.reserve(size_t(std::min<off_t>(folder.st_size, 16 << 20)));
     while (const dirent *entry = ::readdir(dir.get())) {
         const char *name = entry->d_name;
         if (std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0 || !isMusicName(name))
             continue;
-        std::string line;
-        const size_t nameLength = std::strlen(name);
-        line.reserve(prefixLength + nameLength + 1);
-        line.append(devicePrefix, prefixLength).append(name, nameLength).push_back('\n');
-        list.push_back(std::move(line));
+        listing.starts.push_back(uint32_t(listing.names.size()));
+        listing.names.append(name).append("\n", 2);
     }
+}
+
+// the list's order within one folder: the shared prefix decides nothing
+void sortDescending(Listing &listing)
+{
+    const char *names = listing.names.data();
+    std::sort(listing.starts.begin(), listing.starts.end(),
+              [names](uint32_t a, uint32_t b) { return std::strcmp(names + a, names + b) > 0; });
+}
+
+// strcmp of a root line against a music line, both without rootPrefix
+int compareRootToMusic(const char *rootName, const char *musicName)
+{
+    for (const char *folder = musicFolder; *folder; ++folder, ++rootName) {
+        if (*rootName != *folder)
+            return int(static_cast<unsigned char>(*rootName)) -
+                   int(static_cast<unsigned char>(*folder));
+    }
+    return std::strcmp(rootName, musicName);
+}
+
+void writeLine(FILE *out, const char *prefix, const char *name)
+{
+    std::fputs(prefix, out);
+    std::fputs(name, out);
+}
+
+// Start-up's scan thread: its idle priority until the window has shown, and its end.
+struct ScanThread
+{
+    std::mutex lock;
+    std::condition_variable ended;
+    pthread_t thread{};
+    bool running = false;
+    bool windowShown = false;
+};
+
+// never freed, like the process's other singletons: the thread may outlive main's frame
+ScanThread &scanThread()
+{
+    static ScanThread *const state = new ScanThread;
+    return *state;
+}
+
+void setPolicy(pthread_t thread, int policy)
+{
+    const sched_param param{};
+    // an unprivileged process may not raise an idle thread again: the scan then goes on at idle
+    // priority, which only costs it time while something else wants the core
+    pthread_setschedparam(thread, policy, &param);
 }
 
 } // namespace
@@ -70,16 +142,72 @@ void scanmusic()
         std::puts("open fiel musiclist.txt faile");
         return;
     }
-    std::vector<std::string> list;
-    collect("/mnt/mmc/", "/mnt/mmc/", list);
-    collect("/mnt/mmc/e_Music", "/mnt/mmc/e_Music/", list);
-    std::sort(list.begin(), list.end(), lessthanbyname);
-    for (const std::string &line : list)
-        std::fputs(line.c_str(), out.get());
+    // ten thousand songs make half a megabyte of list: written in a few large writes
+    std::setvbuf(out.get(), nullptr, _IOFBF, 64 * 1024);
+    Listing root;
+    Listing music;
+    collect(rootPrefix, root);
+    collect("/mnt/mmc/e_Music", music);
+    sortDescending(root);
+    sortDescending(music);
+
+    // the two sorted folders merged: the same order as sorting all lines with lessthanbyname
+    const std::string musicPrefix = std::string(rootPrefix) + musicFolder;
+    size_t r = 0;
+    size_t m = 0;
+    while (r < root.starts.size() || m < music.starts.size()) {
+        const bool rootFirst =
+            m == music.starts.size() ||
+            (r < root.starts.size() && compareRootToMusic(root.at(r), music.at(m)) > 0);
+        if (rootFirst)
+            writeLine(out.get(), rootPrefix, root.at(r++));
+        else
+            writeLine(out.get(), musicPrefix.c_str(), music.at(m++));
+    }
 }
 
 void *scanthread(void *)
 {
     scanmusic();
+    ScanThread &state = scanThread();
+    {
+        const std::lock_guard<std::mutex> guard(state.lock);
+        state.running = false;
+    }
+    state.ended.notify_all();
     pthread_exit(nullptr);
+}
+
+bool startMusicScan()
+{
+    ScanThread &state = scanThread();
+    // held until the thread is known, so that its end cannot come first
+    const std::lock_guard<std::mutex> guard(state.lock);
+    if (pthread_create(&state.thread, nullptr, scanthread, nullptr) != 0)
+        return false;
+    if (!state.windowShown)
+        setPolicy(state.thread, SCHED_IDLE);
+    pthread_detach(state.thread);
+    state.running = true;
+    return true;
+}
+
+void musicScanWindowShown()
+{
+    ScanThread &state = scanThread();
+    const std::lock_guard<std::mutex> guard(state.lock);
+    state.windowShown = true;
+    // still running, so the detached thread's handle still names it
+    if (state.running)
+        setPolicy(state.thread, SCHED_OTHER);
+}
+
+void waitForMusicScan()
+{
+    ScanThread &state = scanThread();
+    std::unique_lock<std::mutex> guard(state.lock);
+    // nothing is left for it to yield to
+    if (state.running && !state.windowShown)
+        setPolicy(state.thread, SCHED_OTHER);
+    state.ended.wait(guard, [&state] { return !state.running; });
 }

@@ -57,6 +57,37 @@ private slots:
         QCOMPARE(stored, expected);
     }
 
+    void completeFileIsNotRewritten_data()
+    {
+        QTest::addColumn<QByteArray>("ini");
+        QTest::addColumn<bool>("rewritten");
+        // Qt writes the keys in alphabetical order: a file in another order shows a rewrite
+        const QByteArray complete(
+            "[RecorderSet]\nPlayVolume=3\nQuality=2\nMode=0\nLoopMode=1\nFormat=1\n");
+        QTest::newRow("complete-left-as-written") << complete << false;
+        QTest::newRow("key-missing-rewritten")
+            << QByteArray(complete).replace("\nMode=0\n", "\n") << true;
+        QTest::newRow("number-spelt-otherwise-rewritten")
+            << QByteArray(complete).replace("Quality=2", "Quality=02") << true;
+    }
+    void completeFileIsNotRewritten()
+    {
+        QFETCH(QByteArray, ini);
+        QFETCH(bool, rewritten);
+        TestDeviceRoot root;
+        QVERIFY(root.writeFile("/apps/config/recconfig.ini", ini));
+        {
+            const ConfigWidget store;
+            QCOMPARE(store.getPlayVolume(), 3);
+        }
+        const QByteArray after = root.readFile("/apps/config/recconfig.ini");
+        QCOMPARE(after != ini, rewritten);
+        QSettings file(root.path("/apps/config/recconfig.ini"), QSettings::IniFormat);
+        file.beginGroup(QStringLiteral("RecorderSet"));
+        QCOMPARE(file.childKeys().size(), 5);
+        QCOMPARE(file.value(QStringLiteral("Quality")).toString(), QStringLiteral("2"));
+    }
+
     void volume()
     {
         TestDeviceRoot root;
