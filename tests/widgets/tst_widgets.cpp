@@ -208,8 +208,8 @@ private slots:
         KoSpinSlide row;
         row.addItem(QVector<QString>{"0", "1", "2", "3", "4", "5"});
         auto *slider = row.findChild<QSlider *>();
-        row.setSelect(false); // the slider finds its place when the row is painted unselected
-        row.grab();
+        // in place from the start, also while highlighted and never painted: a row first shown
+        // highlighted must not leave its slider across its caption
         row.setCurIndex(0);
         row.movePrev();                                // stops at the first value
         for (int i = 0; i < index + (index == 5); ++i) // and at the last
