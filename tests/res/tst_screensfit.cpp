@@ -46,7 +46,7 @@ QImage canvasMask(QWidget &screen, bool sliders)
     screen.resize(canvas);
     for (QSlider *slider : screen.findChildren<QSlider *>())
         slider->setVisible(sliders);
-    const QImage mask = litMask(screen.grab().toImage());
+    QImage mask = litMask(screen.grab().toImage());
     for (QSlider *slider : screen.findChildren<QSlider *>())
         slider->setVisible(true);
     screen.resize(size);
@@ -236,7 +236,7 @@ private slots:
 
         // the last picture taken stays for a look when they never agree
         const auto there = [&x] {
-            const QImage screen = x.grab().copy(display).convertToFormat(QImage::Format_RGB32);
+            QImage screen = x.grab().copy(display).convertToFormat(QImage::Format_RGB32);
             screen.save(screensDir() + "/same_xcb.png");
             return screen;
         };
