@@ -201,8 +201,8 @@ private slots:
             checkDialogs(Screen(screen), picture);
     }
 
-    // The program under Xvfb draws its idle screen with the stand-in family, to the very pixels
-    // this process draws offscreen; in Chinese, so that both scripts are compared.
+    // The program under Xvfb draws its idle screen and options menu with the stand-in family, to
+    // the very pixels this process draws offscreen; in Chinese, so that both scripts are compared.
     void sameScreenOffscreenAndXcb()
     {
         for (const char *tool : {"Xvfb", "xwdtopnm"}) {
@@ -221,26 +221,38 @@ private slots:
         recorder.setEnv("ASAN_OPTIONS", qgetenv("ASAN_OPTIONS") + ":strict_string_checks=0");
         QVERIFY(recorder.start());
 
+        // "nits" and "nitsbold" stand for the family loaded from the device root
         const QString family = loadPenFonts();
-        const QFontInfo stand(QFont("nits"));
-        QVERIFY2(family != "nits" && QFontDatabase().families().contains(family) &&
-                     stand.family() == family,
-                 qPrintable(family));
+        QCOMPARE(QFont::substitute("nits"), family.toLower()); // Qt keeps them in lower case
+        QCOMPARE(QFont::substitute("nitsbold"), family.toLower());
+        QCOMPARE(QFontInfo(QFont("nits")).family(), family);
         QVERIFY(recorder.waitForError("font nits is \"" + family.toUtf8() + '"', 60000));
+
         QTranslator translator;
         QVERIFY(translator.load(QM_DIR "/recorder_zh_CN.qm"));
         QCoreApplication::installTranslator(&translator);
-        RecordMainWnd window(nullptr, 0);
-        const QImage here = shoot(window, "same_offscreen").convertToFormat(QImage::Format_RGB32);
-        QCoreApplication::removeTranslator(&translator);
-
-        // the last picture taken stays for a look when they never agree
-        const auto there = [&x] {
+        const auto untranslate =
+            qScopeGuard([&translator] { QCoreApplication::removeTranslator(&translator); });
+        // the last picture taken under X stays for a look when they never agree
+        const auto there = [&x](const QString &name) {
             QImage screen = x.grab().copy(display).convertToFormat(QImage::Format_RGB32);
-            screen.save(screensDir() + "/same_xcb.png");
+            screen.save(screensDir() + "/same_xcb_" + name + ".png");
             return screen;
         };
-        QTRY_VERIFY_WITH_TIMEOUT(there() == here, 60000);
+        RecordMainWnd window(nullptr, 0);
+        const QImage idle =
+            shoot(window, "same_offscreen_idle").convertToFormat(QImage::Format_RGB32);
+        QTRY_VERIFY_WITH_TIMEOUT(there("idle") == idle, 60000);
+        // the options menu on its second row: bold, the slider and the arrows too
+        QVERIFY(x.pressKey(recorder.pid(), "F12"));
+        window.newRecordOptionWnd();
+        ItemMenu *options = window.getOptionMenu();
+        QVERIFY(options);
+        QTest::keyClick(options, Qt::Key_Down);
+        QVERIFY(x.pressKey(recorder.pid(), "Down"));
+        const QImage menu =
+            shoot(*options, "same_offscreen_menu").convertToFormat(QImage::Format_RGB32);
+        QTRY_VERIFY_WITH_TIMEOUT(there("menu") == menu, 60000);
     }
 };
 
