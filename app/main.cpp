@@ -9,6 +9,7 @@
 #include "storage/tracelog.h"
 #include "storage/volume.h"
 #include "widgets/messagedialog.h"
+#include "widgets/penfonts.h"
 
 #include <QApplication>
 #include <QDebug>
@@ -43,6 +44,7 @@ int main(int argc, char *argv[])
     QApplication app(argc, argv);
     qApp1 = &app;
     QApplication::setPalette(recorderPalette());
+    qDebug() << "font nits is" << loadPenFonts();
 
     QTranslator translator;
     translatorpass = &translator;

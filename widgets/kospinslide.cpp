@@ -96,8 +96,6 @@ void KoSpinSlide::showSlider()
 
 void KoSpinSlide::showText()
 {
-    const QFontMetrics metrics(font());
-    const int ascent = metrics.ascent();
     // Outside a paint event the row only works out where its slider goes.
     QPainter painter;
     if (m_painting) {
@@ -105,7 +103,12 @@ void KoSpinSlide::showText()
         painter.setBrush(palette().brush(QPalette::Text));
     }
 
-    // the highlighted row shows the slider alone and keeps its last positions
+    // The slider's place does not depend on the highlight: a row first shown highlighted would
+    // otherwise leave its slider at the top left, across the caption it draws once unselected.
+    const int s = m_barWidth + m_interSpace + 10;
+    m_speedBarX = (232 - s) + m_interSpace - 10;
+    m_speedBarY = 7;
+    // the highlighted row shows the slider alone
     if (m_select)
         return;
 
@@ -117,15 +120,12 @@ void KoSpinSlide::showText()
     Q_UNUSED(rightArrow)
     fprintf(stderr, "========================%s %d rX= %ld,itemX =%ld\n", "showText", 219, 232L,
             itemX);
-    const int s = m_barWidth + m_interSpace + 10;
     const QPointF leftArrow[3] = {QPointF(237 - s, 9), QPointF(244 - s, 5), QPointF(244 - s, 13)};
     Q_UNUSED(leftArrow)
 
-    m_speedBarX = (232 - s) + m_interSpace - 10;
     fprintf(stderr, "========================%s %d speedBarX= %ld,itemX =%ld\n", "showText", 231,
             static_cast<long>(m_speedBarX), itemX);
     qDebug() << "speedBarX" << m_speedBarX;
-    m_speedBarY = ascent - ascent + 7;
 }
 
 void KoSpinSlide::paintEvent(QPaintEvent *)

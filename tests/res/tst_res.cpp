@@ -1,12 +1,9 @@
-// The resources: every text of the program translated, the language chosen at start-up, the
-// translated screens fitting the display, and the files cmake --install lays out.
+// The resources: every text of the program translated, the language chosen at start-up, and the
+// files cmake --install lays out (the translated screens fitting the display: tst_screensfit).
 #include "app/startup.h"
 #include "recorder/recordmainwnd.h"
 #include "storage/languagemanager.h"
 #include "testdeviceroot.h"
-#include "widgets/itemmenu.h"
-#include "widgets/kospinbox.h"
-#include "widgets/kospinslide.h"
 
 #include <QApplication>
 #include <QFile>
@@ -132,55 +129,6 @@ private slots:
                      "left in English");
         }
         QCOMPARE(shown, expected);
-    }
-
-    // The idle screen and the options menu (each row highlighted in turn, bold) in each language
-    // kept as pictures; no text runs into its neighbour or off the right edge of the screen.
-    void translatedScreensFit_data() { addLanguageRows(); }
-    void translatedScreensFit()
-    {
-        QFETCH(QString, name);
-        TestDeviceRoot root;
-        QVERIFY(installResources(root));
-        QTranslator translator;
-        QVERIFY(translator.load(builtTranslation(name)));
-        QCoreApplication::installTranslator(&translator);
-        RecordMainWnd window(nullptr, 0);
-        QVERIFY(window.grab().save(screensDir() + "/res_idle_" + name + ".png"));
-        // the help line from x 10 ends before the time's digits from x 190
-        for (const char *help : {"Press OK to Record", "Press OK to Continue", "Press OK to Pause",
-                                 "Press OK to Play"}) {
-            const QString text = qApp->translate("RecordMainWnd", help);
-            QVERIFY2(10 + window.fontMetrics().horizontalAdvance(text) < 190, qPrintable(text));
-        }
-        window.newRecordOptionWnd();
-        ItemMenu *menu = window.getOptionMenu();
-        QVERIFY(menu);
-        const QList<SpinItems *> rows = menu->findChildren<SpinItems *>();
-        QCOMPARE(rows.size(), 3);
-        for (int current = 0; current < 3; ++current) {
-            menu->setCurIndex(current);
-            QVERIFY(menu->grab().save(QStringLiteral("%1/res_menu_%2_current%3.png")
-                                          .arg(screensDir(), name)
-                                          .arg(current)));
-            for (SpinItems *row : rows) {
-                // a caption from x 7 ends before the value block at 140; the slider row writes
-                // its widest value beside the caption, and only while it is not highlighted
-                const bool slider = qobject_cast<KoSpinSlide *>(row);
-                const QString caption = row->getText1() + (slider ? " 30" : "");
-                QVERIFY2((slider && row->font().bold()) ||
-                             7 + QFontMetrics(row->font()).horizontalAdvance(caption) < 140,
-                         qPrintable(caption));
-                // spin box values, in the nits face from x 156 of a row at x 40 (196), stay on
-                // screen
-                const QFontMetrics valueMetrics(QFont("nits").resolve(row->font()));
-                auto *box = qobject_cast<KoSpinBox *>(row);
-                for (int step = 0; box && step < box->getSizeItems(); ++step, row->moveNext()) {
-                    const QString value = row->getCurItem().trimmed();
-                    QVERIFY2(196 + valueMetrics.horizontalAdvance(value) <= 256, qPrintable(value));
-                }
-            }
-        }
     }
 
     void installLaysOutTheDevice()

@@ -1,17 +1,27 @@
 #include "testdeviceroot.h"
 
+#include "widgets/penfonts.h"
+
 #include <QDir>
 #include <QFile>
+#include <QGuiApplication>
 
 TestDeviceRoot::TestDeviceRoot()
     : m_oldRoot(qgetenv("RECORDER_ROOT")), m_oldPath(qgetenv("PATH")),
       m_hadRoot(qEnvironmentVariableIsSet("RECORDER_ROOT"))
 {
     const QDir dir(m_dir.path());
-    for (const char *sub : {"apps/config", "apps/res/pics", "mnt/mmc", "mnt/mtdblock3"})
+    for (const char *sub :
+         {"apps/config", "apps/res/pics", "apps/res/fonts", "mnt/mmc", "mnt/mtdblock3"})
         dir.mkpath(QLatin1String(sub));
     qputenv("RECORDER_ROOT", QFile::encodeName(m_dir.path()));
     qputenv("PATH", QByteArray(DEVSIM_BIN_DIR) + ':' + m_oldPath);
+    // the pen's fonts as mkroot lays them out, taken up by the test's widgets as by the program
+    const QDir fonts(QStringLiteral(DEVSIM_FONTS_DIR));
+    for (const QString &font : fonts.entryList(QDir::Files))
+        QFile::link(fonts.filePath(font), path("/apps/res/fonts/") + font);
+    if (qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
+        loadPenFonts();
 }
 
 TestDeviceRoot::~TestDeviceRoot()

@@ -7,7 +7,8 @@
 
 // A private device root for one test: a temporary folder with the device's skeleton
 // (apps/config, apps/res, mnt/mmc), RECORDER_ROOT pointing at it and the device simulation's
-// stand-ins (amixer ...) first on PATH. The previous environment comes back on destruction.
+// stand-ins (amixer ...) first on PATH, the stand-ins for the pen's fonts in apps/res/fonts (taken
+// up at once when a GUI application runs). The previous environment comes back on destruction.
 class TestDeviceRoot
 {
 public:

@@ -1,6 +1,7 @@
 // The key-driven widget kit: the paged option menu with its spin box and slider rows, the
 // screen switcher, the yes/no and message dialogs, and fitting text to a width.
 #include "app/startup.h"
+#include "screenpixels.h"
 #include "testdeviceroot.h"
 #include "widgets/cropstring.h"
 #include "widgets/itemmenu.h"
@@ -17,20 +18,6 @@
 #include <QtTest>
 
 namespace {
-
-// Grabs a widget as the screen would show it and keeps the picture for people to look at.
-QImage shoot(QWidget &widget, const QString &name)
-{
-    const QPixmap pixmap = widget.grab();
-    pixmap.save(screensDir() + QStringLiteral("/widgets_") + name + QStringLiteral(".png"));
-    return pixmap.toImage();
-}
-
-// White on black: a lit pixel is a drawn one.
-bool lit(const QImage &image, int x, int y)
-{
-    return qGray(image.pixel(x, y)) > 128;
-}
 
 // Presses only: the widgets act on the press, and after an exit they may be off screen.
 QTestEventList keys(std::initializer_list<Qt::Key> list)
@@ -167,7 +154,8 @@ private slots:
             }
         }
         // exactly the rows on the page show their arrows, at x 140-147 and 198-205 of the row
-        const QImage image = shoot(*menu, QStringLiteral("itemmenu_") + QTest::currentDataTag());
+        const QImage image =
+            shoot(*menu, QStringLiteral("widgets_itemmenu_") + QTest::currentDataTag());
         for (int k = 0; k < 3; ++k) {
             const int y = 4 + k * h + 9;
             QCOMPARE(lit(image, 40 + 144, y) && lit(image, 40 + 201, y), first + k < rows.size());
@@ -188,7 +176,8 @@ private slots:
         KoSpinBox box;
         box.addItem(QVector<QString>{"On", "Off"});
         box.setGoFrontFlag(flag);
-        const QImage image = shoot(box, QStringLiteral("kospinbox_") + QTest::currentDataTag());
+        const QImage image =
+            shoot(box, QStringLiteral("widgets_kospinbox_") + QTest::currentDataTag());
         QVERIFY(lit(image, 114, 9) && lit(image, 208, 9)); // arrows at 110-117 and 205-212
         QVERIFY(!lit(image, 107, 9) && !lit(image, 144, 9) && !lit(image, 215, 9));
     }
@@ -208,15 +197,15 @@ private slots:
         KoSpinSlide row;
         row.addItem(QVector<QString>{"0", "1", "2", "3", "4", "5"});
         auto *slider = row.findChild<QSlider *>();
-        row.setSelect(false); // the slider finds its place when the row is painted unselected
-        row.grab();
+        // in place from the start, also while highlighted and never painted: a row first shown
+        // highlighted must not leave its slider across its caption
         row.setCurIndex(0);
         row.movePrev();                                // stops at the first value
         for (int i = 0; i < index + (index == 5); ++i) // and at the last
             row.moveNext();
         QCOMPARE(slider->geometry(), QRect(140, 4, 62, 18));
         QCOMPARE(slider->value(), index * 6);
-        const QImage image = shoot(row, QStringLiteral("kospinslide_step%1").arg(index));
+        const QImage image = shoot(row, QStringLiteral("widgets_kospinslide_step%1").arg(index));
         QVERIFY(lit(image, handleX, 10));
         QVERIFY(!lit(image, index < 3 ? handleX + 15 : handleX - 15, 10));
     }
@@ -263,7 +252,8 @@ private slots:
         QCOMPARE(dialog.getValue(), value);
 
         // the mark stays where the answer was taken: inside it lit, its nearly black outline not
-        const QImage image = shoot(dialog, QStringLiteral("yesno_") + QTest::currentDataTag());
+        const QImage image =
+            shoot(dialog, QStringLiteral("widgets_yesno_") + QTest::currentDataTag());
         const QFontMetrics metrics{QFont("nits")};
         const int y = metrics.ascent() + lineDrop;
         const int firstX = 128 - metrics.horizontalAdvance("Yes") - 15;
@@ -297,7 +287,7 @@ private slots:
         QTEST(execAnswered(dialog, events), "result");
         QVERIFY(shown.elapsed() >= timeout * 9 / 10); // the full time again (coarse timers: 5%)
         QCOMPARE(finished.count(), 1);
-        shoot(dialog, QStringLiteral("message_") + QTest::currentDataTag());
+        shoot(dialog, QStringLiteral("widgets_message_") + QTest::currentDataTag());
     }
 
     // maxWidth is the width of this many letters and the suffix, plus these pixels
