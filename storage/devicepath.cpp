@@ -34,7 +34,15 @@ QString penPath(const QString &path)
 
 QByteArray devicePathBytes(const char *absolutePath)
 {
-    return QFile::encodeName(devicePath(QFile::decodeName(absolutePath)));
+    // byte for byte: a root that is not valid in the locale's codec must not be decoded and
+    // encoded again on the way
+    QByteArray root = qgetenv("RECORDER_ROOT");
+    while (root.endsWith('/'))
+        root.chop(1);
+    const QByteArray path(absolutePath);
+    if (root.isEmpty() || !path.startsWith('/') || path.startsWith(root + '/'))
+        return path;
+    return root + path;
 }
 
 QByteArray shellQuoted(const QString &path)

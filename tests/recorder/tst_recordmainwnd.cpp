@@ -2,6 +2,7 @@
 #include "app/startup.h"
 #include "recorder/recordmainwnd.h"
 #include "recorder/recordthread.h"
+#include "storage/audioinfo.h"
 #include "storage/configwidget.h"
 #include "storage/recfilemanager.h"
 #include "testdeviceroot.h"
@@ -14,11 +15,15 @@
 #include <QDir>
 #include <QImage>
 #include <QPointer>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTextCodec>
 #include <QTimer>
 
 #include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -76,6 +81,27 @@ QStringList listedPaths(const TestDeviceRoot &root)
     return text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
+// the simulated encoders in the device root
+bool installEncoders(const TestDeviceRoot &root)
+{
+    QDir().mkpath(root.path("/mnt/mmc/e_Recorder"));
+    QDir().mkpath(root.path("/usr/sbin"));
+    for (const char *encoder : {"shine", "record2wav"}) {
+        const QString target = root.path(QStringLiteral("/usr/sbin/") + QLatin1String(encoder));
+        QFile::remove(target);
+        if (!QFile::copy(QStringLiteral(DEVSIM_BIN_DIR "/") + QLatin1String(encoder), target))
+            return false;
+    }
+    return true;
+}
+
+// size of the file at these bytes, -1 when there is none: no codec in between
+qint64 rawSize(const QByteArray &path)
+{
+    struct stat info;
+    return ::stat(path.constData(), &info) == 0 ? info.st_size : -1;
+}
+
 bool isWhite(const QImage &image, int x, int y)
 {
     return qGray(image.pixel(x, y)) > 128;
@@ -104,7 +130,13 @@ private slots:
     void optionsMenu();
     void shellCommands_data();
     void shellCommands();
-    void encoderEndingByItself();
+    void encoderEndsByItself_data();
+    void encoderEndsByItself();
+    void shortRecordingGoneWhateverTheTiming_data();
+    void shortRecordingGoneWhateverTheTiming();
+    void nonAsciiRoot_data();
+    void nonAsciiRoot();
+    void messageFloodWhileRecording();
 
 private:
     void startRecording(RecordMainWnd &window);
@@ -123,12 +155,7 @@ void TestRecordMainWnd::initTestCase()
 void TestRecordMainWnd::init()
 {
     root = std::make_unique<TestDeviceRoot>();
-    QDir().mkpath(root->path("/mnt/mmc/e_Recorder"));
-    QDir().mkpath(root->path("/usr/sbin"));
-    for (const char *encoder : {"shine", "record2wav"}) {
-        QVERIFY(QFile::copy(QStringLiteral(DEVSIM_BIN_DIR "/") + QLatin1String(encoder),
-                            root->path(QStringLiteral("/usr/sbin/") + QLatin1String(encoder))));
-    }
+    QVERIFY(installEncoders(*root));
     // the settings store belongs to the device root of this test
     delete ConfigWidget::reader;
     ConfigWidget::reader = nullptr;
@@ -437,24 +464,129 @@ void TestRecordMainWnd::shellCommands()
     window.stopRecord();
 }
 
-void TestRecordMainWnd::encoderEndingByItself()
+void TestRecordMainWnd::encoderEndsByItself_data()
 {
-    // an encoder that gives up at once, as on a full card
-    QFile::remove(root->path("/usr/sbin/shine"));
-    QVERIFY(QFile::copy(QStringLiteral(FAKE_ENCODER_EXIT), root->path("/usr/sbin/shine")));
+    QTest::addColumn<bool>("cardFull"); // otherwise the encoder gives up at once
+    QTest::newRow("card-fills-up-partial-file-kept") << true;
+    QTest::newRow("encoder-fails-at-once-nothing-listed") << false;
+}
+
+void TestRecordMainWnd::encoderEndsByItself()
+{
+    QFETCH(bool, cardFull);
+    // a full card: the encoder's writes fail (the file may not grow beyond 24000 bytes, two
+    // seconds at 96 kbit/s) and it ends
+    rlimit old{};
+    QCOMPARE(getrlimit(RLIMIT_FSIZE, &old), 0);
+    const auto unlimit = [old] {
+        setrlimit(RLIMIT_FSIZE, &old);
+        std::signal(SIGXFSZ, SIG_DFL);
+    };
+    const auto restore = qScopeGuard(unlimit);
+    if (cardFull) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        const rlimit small{24000, old.rlim_max};
+        QCOMPARE(setrlimit(RLIMIT_FSIZE, &small), 0);
+    } else {
+        QFile::remove(root->path("/usr/sbin/shine"));
+        QVERIFY(QFile::copy(QStringLiteral(FAKE_ENCODER_EXIT), root->path("/usr/sbin/shine")));
+    }
     RecordMainWnd window(nullptr, 0);
     QTest::keyClick(&window, Qt::Key_Return);
-    QTRY_COMPARE_WITH_TIMEOUT(bRecPause.load(), int(RECSOUND_STOPPED), 5000);
-    QVERIFY(!bRecording);
+    const QString file = window.getCurFileName();
+    QTRY_VERIFY_WITH_TIMEOUT(!bRecording && bRecPause == RECSOUND_STOPPED, 20000);
     QTRY_VERIFY_WITH_TIMEOUT(childProcesses().isEmpty(), 5000);
+    // the window stops counting at its next tick and shows that it is idle
+    QTRY_COMPARE_WITH_TIMEOUT(window.getDisplayState(), int(RecordMainWnd::DisplayIdle), 5000);
+    QVERIFY(!window.findChild<QTimer *>()->isActive());
+    QCOMPARE(window.helpText(), QStringLiteral("Press OK to Record"));
+    if (cardFull) {
+        audioinfo info;
+        QCOMPARE(getaudioinfo(QFile::encodeName(file).constData(), &info), 0);
+        QVERIFY(info.seconds >= 1);
+    }
+    QCOMPARE(QFile::exists(file), cardFull);
+    QCOMPARE(listedPaths(*root).size(), cardFull ? 1 : 0);
 
     // the window goes on working: the next OK starts a new recording
-    QFile::remove(root->path("/usr/sbin/shine"));
-    QVERIFY(QFile::copy(QStringLiteral(DEVSIM_BIN_DIR "/shine"), root->path("/usr/sbin/shine")));
-    window.stopRecord();
+    unlimit();
+    QVERIFY(installEncoders(*root));
     QTest::keyClick(&window, Qt::Key_Return);
     QCOMPARE(bRecPause.load(), int(RECSOUND_RECING));
     QTRY_VERIFY_WITH_TIMEOUT(!childProcesses().isEmpty(), 5000);
+}
+
+void TestRecordMainWnd::shortRecordingGoneWhateverTheTiming_data()
+{
+    QTest::addColumn<int>("ms");
+    // around the encoder's start, 300 ms after the fork, when it creates the file
+    for (int ms = 0; ms <= 500; ms += 50)
+        QTest::addRow("escape-%dms-after-ok", ms) << ms;
+}
+
+void TestRecordMainWnd::shortRecordingGoneWhateverTheTiming()
+{
+    QFETCH(int, ms);
+    RecordMainWnd window(nullptr, 0);
+    QTest::keyClick(&window, Qt::Key_Return);
+    const QString file = window.getCurFileName();
+    QTest::qWait(ms); // the interval under test, not a wait for something
+    QTest::keyClick(&window, Qt::Key_Escape);
+    QVERIFY(childProcesses().isEmpty()); // reaped before the stop returned: nothing makes it now
+    QVERIFY(!QFile::exists(file));
+    QCOMPARE(listedPaths(*root), QStringList());
+}
+
+void TestRecordMainWnd::nonAsciiRoot_data()
+{
+    QTest::addColumn<QByteArray>("folder"); // UTF-8, as the shell makes it
+    QTest::newRow("a-umlaut") << QByteArray("r\xc3\xa4"
+                                            "c");
+    QTest::newRow("cjk") << QByteArray("\xe5\xbd\x95\xe9\x9f\xb3");
+}
+
+void TestRecordMainWnd::nonAsciiRoot()
+{
+    QFETCH(QByteArray, folder);
+    // the program's codec for the locale
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("GBK"));
+    const auto restore = qScopeGuard([] { QTextCodec::setCodecForLocale(nullptr); });
+    TestDeviceRoot named(folder);
+    QVERIFY(installEncoders(named));
+    delete ConfigWidget::reader;
+    ConfigWidget::reader = nullptr;
+    RecordMainWnd window(nullptr, 0);
+    startRecording(window);
+    const QString name = QFileInfo(window.getCurFileName()).fileName();
+    const QByteArray file = named.rootBytes() + "/mnt/mmc/e_Recorder/" + name.toLatin1();
+    QTRY_VERIFY_WITH_TIMEOUT(rawSize(file) > 0, 10000);
+    tickTo(window, 4);
+    QTest::keyClick(&window, Qt::Key_Escape);
+    QVERIFY(rawSize(file) > 0);
+    QCOMPARE(listedPaths(named), QStringList{"/mnt/mmc/e_Recorder/" + name});
+}
+
+void TestRecordMainWnd::messageFloodWhileRecording()
+{
+    RecordMainWnd window(nullptr, 0);
+    window.show();
+    QCopChannel listener(QStringLiteral("recorderprocess"));
+    QSignalSpy heard(&listener, &QCopChannel::received);
+    QElapsedTimer clock;
+    clock.start();
+    QTest::keyClick(&window, Qt::Key_Return);
+    // mostly messages the recorder ignores, every tenth a command that flushes the disks
+    for (int i = 0; i < 10000; ++i) {
+        QVERIFY(QCopChannel::send(QStringLiteral("recorderprocess"),
+                                  i % 10 ? "noise(QString)" : "execute(QString)",
+                                  i % 10 ? QByteArray::number(i) : QByteArray("plugusb")));
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(heard.count(), 10000, 120000);
+    // every second since OK is on the clock, but for the one under way
+    QTRY_VERIFY_WITH_TIMEOUT(qAbs(clock.elapsed() / 1000 - window.recordedSeconds()) <= 1, 3000);
+    QVERIFY(QCopChannel::send(QStringLiteral("recorderprocess"), "execute(QString)", "stop"));
+    QTRY_VERIFY_WITH_TIMEOUT(!window.isVisible(), 30000);
+    QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
 }
 
 QTEST_MAIN(TestRecordMainWnd)

@@ -73,6 +73,7 @@ private slots:
     void encoderEndsByItself_data();
     void encoderEndsByItself();
     void killedRecorderLeavesNoEncoder();
+    void waitForEngineReturnsOnceItHasEnded();
 };
 
 void TestRecordThread::nullArguments()
@@ -184,6 +185,21 @@ void TestRecordThread::killedRecorderLeavesNoEncoder()
     QVERIFY(recorder.waitForFinished());
     // gone, or a zombie left to us
     QTRY_VERIFY_WITH_TIMEOUT(processState(encoder) == 0 || processState(encoder) == 'Z', 1000);
+}
+
+void TestRecordThread::waitForEngineReturnsOnceItHasEnded()
+{
+    TestDeviceRoot root;
+    QVERIFY(installEncoder(root, QStringLiteral(FAKE_ENCODER_RUN)));
+    bRecording = true;
+    bRecPause = RECSOUND_RECING;
+    QCOMPARE(startRecordThread(root.path(QStringLiteral("/mnt/mmc/e_Recorder/a.mp3"))), 0);
+    QTRY_VERIFY(encoderLog(root).size() >= 2);
+    QVERIFY(!waitForEngine(0));
+    bRecording = false; // the state word is left for the engine to reset
+    QVERIFY(waitForEngine(10000));
+    QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
+    QVERIFY(isReaped(encoderLog(root).value(0).toInt()));
 }
 
 int main(int argc, char **argv)
