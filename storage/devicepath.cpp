@@ -39,7 +39,7 @@ QByteArray devicePathBytes(const char *absolutePath)
     QByteArray root = qgetenv("RECORDER_ROOT");
     while (root.endsWith('/'))
         root.chop(1);
-    const QByteArray path(absolutePath);
+    QByteArray path(absolutePath);
     if (root.isEmpty() || !path.startsWith('/') || path.startsWith(root + '/'))
         return path;
     return root + path;
