@@ -183,20 +183,19 @@ private slots:
     void failedWritesLoseNothing_data()
     {
         QTest::addColumn<QString>("action"); // what the child does
-        QTest::addColumn<bool>("unprivileged");
-        QTest::addColumn<bool>("full");        // no file may grow beyond the old list's size
-        QTest::addColumn<QString>("readOnly"); // made read-only, or write-only for a file
-        QTest::newRow("no-space-for-the-new-list") << "add" << false << true << QString();
-        QTest::newRow("read-only-config-folder") << "add" << true << false << "/apps/config";
-        QTest::newRow("unreadable-list-not-truncated") << "load" << true << false << listPath;
-        QTest::newRow("unreadable-language-table-not-truncated")
-            << "language" << true << false << "/apps/config/scanlanguage.cfg";
+        // made read-only (write-only for a file) for an unprivileged child; none: a full card,
+        // where no file may grow beyond the old list's size
+        QTest::addColumn<QString>("readOnly");
+        QTest::newRow("no-space-for-the-new-list") << "add" << QString();
+        QTest::newRow("read-only-config-folder") << "add"
+                                                 << "/apps/config";
+        QTest::newRow("unreadable-list-not-truncated") << "load" << listPath;
+        QTest::newRow("unreadable-language-table-not-truncated") << "language"
+                                                                 << "/apps/config/scanlanguage.cfg";
     }
     void failedWritesLoseNothing()
     {
         QFETCH(QString, action);
-        QFETCH(bool, unprivileged);
-        QFETCH(bool, full);
         QFETCH(QString, readOnly);
         TestDeviceRoot root;
         RecFileManager before;
@@ -211,7 +210,8 @@ private slots:
             QVERIFY(::chmod(QFile::encodeName(root.path(readOnly)),
                             QFileInfo(root.path(readOnly)).isDir() ? 0555 : 0222) == 0);
 
-        const int failed = inChild(unprivileged, full ? rlim_t(list.size()) : RLIM_INFINITY, [&] {
+        const bool full = readOnly.isEmpty();
+        const int failed = inChild(!full, full ? rlim_t(list.size()) : RLIM_INFINITY, [&] {
             if (action == "language")
                 return LanguageManager::Instance()->init() == -1 ? 0 : 1;
             RecFileManager m;
