@@ -7,7 +7,16 @@ namespace {
 // the folder below which the pen's file system lives; empty on the pen itself
 QString deviceRoot()
 {
-    QString root = QFile::decodeName(qgetenv("RECORDER_ROOT"));
+    const QByteArray bytes = qgetenv("RECORDER_ROOT");
+    QString root = QFile::decodeName(bytes);
+    // the locale's codec (GBK in the program) cannot carry every byte sequence of a name
+    static bool told = false;
+    if (!told && QFile::encodeName(root) != bytes) {
+        told = true;
+        qWarning("RECORDER_ROOT %s cannot be named in the locale's codec: its files are "
+                 "out of reach",
+                 bytes.constData());
+    }
     while (root.endsWith(QLatin1Char('/')))
         root.chop(1);
     return root;
