@@ -71,6 +71,19 @@ void sleepMs(int ms)
     usleep(static_cast<useconds_t>(ms) * 1000);
 }
 
+// Killing and reaping an encoder takes one 100 ms pass of the engine; this is only a bound for an
+// engine that hangs.
+constexpr int engineEndMs = 10000;
+
+// Drops the newest entry, whose recording is not kept.
+void discardNewest()
+{
+    if (RecFileManager::instance()->removeAt(0) != 0) {
+        std::puts("remove fail");
+        std::fflush(stdout);
+    }
+}
+
 } // namespace
 
 RecordMainWnd::RecordMainWnd(QWidget *parent, WndType type) : QWidget(parent), wndType(type)
@@ -157,6 +170,11 @@ void RecordMainWnd::beginRecording()
         return;
     }
     RecFileManager *library = RecFileManager::instance();
+    // the previous engine resets the shared state words when it ends: it must be gone first
+    if (!waitForEngine(engineEndMs)) {
+        LOGW("the previous recording has not ended: nothing started");
+        return;
+    }
     if (library->init(0) != 0)
         return;
     if (!library->exceedMaxNum()) {
@@ -186,6 +204,14 @@ void RecordMainWnd::beginRecording()
         LOGW("no recording thread for %s", qPrintable(curFileName));
     // listed at once, so that the recording survives a crash of the program
     library->addNewFileToList(curFileName);
+    startClock();
+}
+
+void RecordMainWnd::startClock()
+{
+    // ticks are due at whole seconds from here, so a busy event loop delays them but loses none
+    clockBase.start();
+    clockOffset = qint64(qMax(recSeconds, 0)) * 1000;
     recTimer->start(1000);
 }
 
@@ -208,7 +234,7 @@ void RecordMainWnd::resumeRecording()
     setAutoSleep(false);
     displayState = DisplayRecording;
     bRecPause = RECSOUND_CONTINUE;
-    recTimer->start(1000);
+    startClock();
 }
 
 void RecordMainWnd::stopRecord()
@@ -226,18 +252,16 @@ void RecordMainWnd::stopRecord()
     bRecording = false;
     bRecPause = RECSOUND_STOPPED;
     recTimer->stop();
-    if (recSeconds < keepSeconds) {
-        if (RecFileManager::instance()->removeAt(0) != 0) {
-            std::puts("remove fail");
-            std::fflush(stdout);
-        }
-    }
+    // once the encoder is reaped nothing creates or writes the file any more: only then can a
+    // short recording be removed for good
+    if (!waitForEngine(engineEndMs))
+        LOGW("the engine has not ended");
+    if (recSeconds < keepSeconds)
+        discardNewest();
     recSeconds = -1;
     sync();
     displayState = DisplayIdle;
     timeText = QStringLiteral("00:00");
-    // the engine polls every 100 ms: give it time to kill and reap the encoder
-    sleepMs(500);
     repaint();
 }
 
@@ -256,18 +280,38 @@ void RecordMainWnd::startNewRecord()
 
 void RecordMainWnd::updateRecTime()
 {
+    if (!bRecording && bRecPause == RECSOUND_STOPPED) {
+        recordingEnded();
+        return;
+    }
     ++recSeconds;
     if (recSeconds == 5)
         sync();
     if (recSeconds <= splitSeconds) {
         timeText = clockText(recSeconds);
         repaint();
-        recTimer->start(1000);
+        const qint64 due = qint64(recSeconds) * 1000 + 1000 - clockOffset - clockBase.elapsed();
+        recTimer->start(int(qBound<qint64>(0, due, 1000)));
         return;
     }
     closing = true;
     stopRecord();
     QTimer::singleShot(500, this, &RecordMainWnd::startNewRecord);
+}
+
+void RecordMainWnd::recordingEnded()
+{
+    // the encoder gave up by itself (a full card): what it wrote stays listed
+    recTimer->stop();
+    LOGW("the encoder has ended by itself");
+    waitForEngine(engineEndMs);
+    if (!QFileInfo::exists(curFileName))
+        discardNewest();
+    setAutoShut(true);
+    recSeconds = -1;
+    displayState = DisplayIdle;
+    timeText = QStringLiteral("00:00");
+    repaint();
 }
 
 void RecordMainWnd::keyPressEvent(QKeyEvent *event)
@@ -315,10 +359,7 @@ void RecordMainWnd::askToKeep()
         LOGD("record file saved!!!");
         return;
     }
-    if (RecFileManager::instance()->removeAt(0) != 0) {
-        std::puts("remove fail");
-        std::fflush(stdout);
-    }
+    discardNewest();
     if (QFile::exists(curFileName)) {
         if (QFile::remove(curFileName))
             LOGD("file remove");

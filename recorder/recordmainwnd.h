@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QString>
 #include <QWidget>
 
@@ -67,6 +68,8 @@ private:
     void leaveOrStop();
     void askToKeep();
     void closeOptionMenu();
+    void startClock();
+    void recordingEnded();
 
     static RecordMainWnd *mInstance;
 
@@ -79,4 +82,7 @@ private:
     bool closing = false;
     int recSeconds = 0;
     QString timeText;
+    // the recording's clock since the last start or resume, and the time counted before it
+    QElapsedTimer clockBase;
+    qint64 clockOffset = 0;
 };

@@ -11,10 +11,13 @@
 #include <QVector>
 
 #include <cerrno>
+#include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <mutex>
 #include <pthread.h>
 #include <signal.h>
 #include <sys/prctl.h>
@@ -30,6 +33,21 @@ std::atomic<const char *> samplerate{"22050"};
 std::atomic<bool> g_setRecoderVolume{false};
 
 namespace {
+
+// engines started by startRecordThread and not yet ended
+std::mutex engineMutex;
+std::condition_variable engineEnded;
+int runningEngines = 0;
+
+void engineFinished()
+{
+    {
+        const std::lock_guard<std::mutex> lock(engineMutex);
+        if (runningEngines > 0)
+            --runningEngines;
+    }
+    engineEnded.notify_all();
+}
 
 // The engine's trace lines carry no text, only the place they come from.
 void engineTrace(TraceLevel level, int line, const char *function)
@@ -318,20 +336,34 @@ void *Record_Thread(void *fileName)
     engineTrace(TraceLevel::Debug, 232, __func__);
     std::free(name);
     engineTrace(TraceLevel::Info, 239, __func__);
+    engineFinished();
     pthread_exit(nullptr);
 }
 
 int startRecordThread(const QString &path)
 {
-    char *copy = strdup(path.toUtf8().constData());
+    // the bytes the file system knows the path by: the engine maps them as they are
+    char *copy = strdup(QFile::encodeName(path).constData());
     if (!copy)
         return -1;
+    {
+        const std::lock_guard<std::mutex> lock(engineMutex);
+        ++runningEngines;
+    }
     pthread_t thread;
     if (pthread_create(&thread, nullptr, Record_Thread, copy) != 0) {
         std::free(copy);
+        engineFinished();
         LOGW("no recording thread for %s", path.toUtf8().constData());
         return -1;
     }
     pthread_detach(thread);
     return 0;
+}
+
+bool waitForEngine(int timeoutMs)
+{
+    std::unique_lock<std::mutex> lock(engineMutex);
+    return engineEnded.wait_for(lock, std::chrono::milliseconds(timeoutMs),
+                                [] { return runningEngines == 0; });
 }

@@ -35,6 +35,12 @@ int RecordToFile(const char *fileName, std::atomic<bool> *recording, std::atomic
 // Body of the recording worker thread: fileName is a strdup() copy of the path, freed here.
 void *Record_Thread(void *fileName);
 
-// Starts a detached Record_Thread on a copy of path (UTF-8). The caller sets bRecording true and
-// bRecPause to RECSOUND_RECING first. Returns 0, or -1 when no thread could be started.
+// Starts a detached Record_Thread on a copy of path (in the file system's encoding). The caller
+// sets bRecording true and bRecPause to RECSOUND_RECING first. Returns 0, or -1 when no thread
+// could be started.
 int startRecordThread(const QString &path);
+
+// Blocks until no engine started by startRecordThread is running any more (its encoder reaped,
+// the state words written), or until timeoutMs has passed; true when none is running. The next
+// recording must not start before this: the ending engine resets the shared state words.
+bool waitForEngine(int timeoutMs);

@@ -7,7 +7,16 @@ namespace {
 // the folder below which the pen's file system lives; empty on the pen itself
 QString deviceRoot()
 {
-    QString root = QFile::decodeName(qgetenv("RECORDER_ROOT"));
+    const QByteArray bytes = qgetenv("RECORDER_ROOT");
+    QString root = QFile::decodeName(bytes);
+    // the locale's codec (GBK in the program) cannot carry every byte sequence of a name
+    static bool told = false;
+    if (!told && QFile::encodeName(root) != bytes) {
+        told = true;
+        qWarning("RECORDER_ROOT %s cannot be named in the locale's codec: its files are "
+                 "out of reach",
+                 bytes.constData());
+    }
     while (root.endsWith(QLatin1Char('/')))
         root.chop(1);
     return root;
@@ -34,7 +43,15 @@ QString penPath(const QString &path)
 
 QByteArray devicePathBytes(const char *absolutePath)
 {
-    return QFile::encodeName(devicePath(QFile::decodeName(absolutePath)));
+    // byte for byte: a root that is not valid in the locale's codec must not be decoded and
+    // encoded again on the way
+    QByteArray root = qgetenv("RECORDER_ROOT");
+    while (root.endsWith('/'))
+        root.chop(1);
+    QByteArray path(absolutePath);
+    if (root.isEmpty() || !path.startsWith('/') || path.startsWith(root + '/'))
+        return path;
+    return root + path;
 }
 
 QByteArray shellQuoted(const QString &path)

@@ -12,7 +12,8 @@ QString devicePath(const QString &absolutePath);
 // The inverse: a path of this machine as the pen sees it (for files the pen's programs read).
 QString penPath(const QString &path);
 
-// The same, encoded for the POSIX calls (open, opendir, statfs, execl ...).
+// The same on the bytes the POSIX calls take (open, opendir, statfs, execl ...), without any
+// codec in between.
 QByteArray devicePathBytes(const char *absolutePath);
 
 // A path made safe for system(): single-quoted, inner quotes escaped.

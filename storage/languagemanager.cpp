@@ -38,7 +38,9 @@ int LanguageManager::init()
 
     QFile file(devicePath(QStringLiteral("/apps/config/scanlanguage.cfg")));
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) {
+        // only a missing table is made; one that exists but cannot be read is left alone
+        if (file.exists() ||
+            !file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Text)) {
             qDebug() << "open failed";
             return -1;
         }

@@ -12,7 +12,6 @@
 #include <QTextStream>
 
 #include <cstdio>
-#include <cstdlib>
 #include <unistd.h>
 
 RecFileManager *RecFileManager::manager = nullptr;
@@ -26,11 +25,18 @@ QString listFile()
     return devicePath(QStringLiteral("/apps/config/reclist.ini"));
 }
 
-void syncStorage()
+QString recordingsFolder()
 {
-    ::sync();
-    if (std::system("sync") == -1)
-        qDebug() << "sync failed ";
+    return QDir::cleanPath(devicePath(QStringLiteral("/mnt/mmc/e_Recorder")));
+}
+
+// The first free name for a copy of the list file beside it.
+QString backupName()
+{
+    QString name = listFile() + QStringLiteral(".bak");
+    for (int i = 1; QFileInfo::exists(name); ++i)
+        name = listFile() + QStringLiteral(".bak%1").arg(i);
+    return name;
 }
 
 } // namespace
@@ -49,13 +55,22 @@ int RecFileManager::init(int)
     m_durations.clear();
     m_curIndex = 0;
 
+    m_loadedWhole = true;
+
     QFile file(listFile());
     if (!file.open(QIODevice::ReadOnly)) {
+        // a list that exists but cannot be read is left as it is
+        if (file.exists())
+            return -1;
         QFile create(listFile());
-        return create.open(QIODevice::WriteOnly) ? 0 : -1;
+        return create.open(QIODevice::WriteOnly | QIODevice::NewOnly) ? 0 : -1;
     }
+    const QByteArray bytes = file.readAll();
+    // UTF-16 without its byte-order mark reads as 8-bit text full of NULs: nothing of it loads
+    if (!bytes.startsWith("\xff\xfe") && !bytes.startsWith("\xfe\xff") && bytes.contains('\0'))
+        m_loadedWhole = false;
     // no Text mode: it would drop 0x0D bytes, which are halves of UTF-16 characters here
-    QTextStream in(&file);
+    QTextStream in(bytes);
     while (!in.atEnd()) {
         const QString line = in.readLine();
         if (line.isEmpty())
@@ -63,8 +78,10 @@ int RecFileManager::init(int)
         qDebug() << "fullname is not null";
         const QStringList parts = line.split(QLatin1Char('\t'), Qt::KeepEmptyParts);
         qDebug() << "list1.size:" << parts.size();
-        if (parts.size() != 1)
+        if (parts.size() != 1) {
+            m_loadedWhole = false;
             return -1;
+        }
         const QFileInfo info(devicePath(line));
         qDebug() << "info.absoluteFilePath():" << info.absoluteFilePath();
         // a recording deleted behind our back leaves the list at the next flush()
@@ -78,6 +95,16 @@ int RecFileManager::init(int)
 
 int RecFileManager::flush()
 {
+    // what did not load would be gone with this write: the original is kept beside it once
+    if (!m_loadedWhole && QFileInfo::exists(listFile())) {
+        const QString backup = backupName();
+        if (!QFile::copy(listFile(), backup)) {
+            qWarning() << "list not backed up to" << backup << ": not written";
+            return -1;
+        }
+        qWarning() << "list not loaded whole, original kept as" << backup;
+    }
+    m_loadedWhole = true;
     // a new file renamed over the old one: power lost mid-write leaves one list or the other
     QSaveFile file(listFile());
     if (!file.open(QIODevice::WriteOnly))
@@ -91,7 +118,7 @@ int RecFileManager::flush()
     out.flush();
     if (out.status() != QTextStream::Ok || !file.commit())
         return -1;
-    syncStorage();
+    ::sync();
     return 0;
 }
 
@@ -108,14 +135,18 @@ int RecFileManager::removeAt(int index)
     qDebug() << "remove at:" << index;
     if (index < 0 || index >= m_files.size())
         return -1;
-    const QString path = m_files.at(index).absoluteFilePath();
+    const QString path = QDir::cleanPath(m_files.at(index).absoluteFilePath());
     qDebug("removed file name is %s\n", path.toLocal8Bit().constData());
-    if (!QFile::remove(path)) {
+    // a list line may name anything: only recordings are ever deleted
+    if (!path.startsWith(recordingsFolder() + QLatin1Char('/'))) {
         std::puts("remove fail");
         return -1;
     }
-    if (std::system("sync") == -1)
-        qDebug() << "sync failed ";
+    // a file that is already gone (a recording stopped before its encoder made it) is removed
+    if (!QFile::remove(path) && QFileInfo::exists(path)) {
+        std::puts("remove fail");
+        return -1;
+    }
     m_files.remove(index);
     m_durations.remove(index);
     if (m_files.isEmpty())
@@ -130,8 +161,9 @@ int RecFileManager::removeAt(int index)
 
 int RecFileManager::renameRecFile(int index, const QString &name)
 {
-    // a recording never leaves its folder
-    if (index < 0 || index >= m_files.size() || name.contains(QLatin1Char('/')))
+    // a recording never leaves its folder; a NUL would cut the name short on disk
+    if (index < 0 || index >= m_files.size() || name.contains(QLatin1Char('/')) ||
+        name.contains(QChar(0)))
         return 1;
     const QFileInfo &info = m_files.at(index);
     const QString folder = info.absolutePath() + QLatin1Char('/');
@@ -142,7 +174,12 @@ int RecFileManager::renameRecFile(int index, const QString &name)
     if (!QFile::rename(info.absoluteFilePath(), target))
         return 1;
     m_files[index] = QFileInfo(target);
-    flush();
+    if (flush() != 0) {
+        // the list on disk still names the old file: keep the two in step
+        m_files[index] = info;
+        QFile::rename(target, info.absoluteFilePath());
+        return 1;
+    }
     return 0;
 }
 
@@ -154,12 +191,13 @@ QString RecFileManager::newFileName()
 QString RecFileManager::newFileName(const QDate &today)
 {
     const QString date = today.toString(QStringLiteral("yyMMdd"));
-    int number = 0;
+    // 64 bits: the number after the largest int goes on counting instead of turning negative
+    qint64 number = 0;
     if (!m_files.isEmpty()) {
         const QString newest = m_files.first().baseName();
-        // the number follows "yyMMdd_"; a name without one reads as 0
+        // the number follows "yyMMdd_"; a name without one (or beyond 64 bits) reads as 0
         if (newest.contains(date))
-            number = newest.mid(7).toInt() + 1;
+            number = qMax<qint64>(newest.mid(7).toLongLong(), 0) + 1;
     }
     const QString folder = QStringLiteral("/mnt/mmc/e_Recorder/");
     const QString extension = QLatin1String(getExtendName());

@@ -14,16 +14,19 @@ class RecFileManager
 public:
     RecFileManager() = default;
 
-    // loads the list file; -1 when it is unreadable and cannot be created, or at a line
-    // holding a tab (the lines above it stay loaded)
+    // loads the list file; -1 when it is unreadable (it is then left alone) or missing and
+    // cannot be created, or at a line holding a tab (the lines above it stay loaded)
     int init(int unused = 0);
-    // replaces the list file as a whole, then syncs; -1 when it cannot be written
+    // replaces the list file as a whole, then syncs; -1 when it cannot be written. Before the
+    // first write over a list that did not load whole, the original is copied beside it
+    // (reclist.ini.bak, or .bak1 ... when that exists).
     int flush();
     int addNewFileToList(const QString &path);
-    // deletes the recording's file and drops the entry; -1 for a bad index or a failed delete
+    // deletes the recording's file and drops the entry (a file already gone counts as deleted);
+    // -1 for a bad index, a failed delete or a file outside the recordings folder
     int removeAt(int index);
-    // 0 renamed, 1 refused or failed (a name with a '/' is always refused), 2 a file of that
-    // name in lower case already exists
+    // 0 renamed, 1 refused or failed (a name with a '/' or a NUL is always refused; a list that
+    // cannot be written undoes the rename), 2 a file of that name in lower case already exists
     int renameRecFile(int index, const QString &name);
     // the path for the next recording, named after today's date and a sequence number
     QString newFileName();
@@ -55,4 +58,6 @@ private:
     QVector<QFileInfo> m_files;
     QVector<QString> m_durations;
     int m_curIndex = 0;
+    // false after a load that stopped early or could not read the file's text
+    bool m_loadedWhole = true;
 };

@@ -1,10 +1,13 @@
 #include "recorderprocess.h"
 #include "testdeviceroot.h"
 
+#include <QDir>
 #include <QFile>
 #include <QSettings>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <unistd.h>
 
 namespace {
 
@@ -37,6 +40,7 @@ private slots:
     void languageChoosesTranslation();
     void brokenLanguageTableEndsWithMinusOne();
     void runsWithoutSessionBus();
+    void readOnlyConfigFolder();
 };
 
 void TestStartup::emptyDeviceRoot()
@@ -160,6 +164,25 @@ void TestStartup::runsWithoutSessionBus()
     QVERIFY(recorder.waitForError("show lan is"));
     QTRY_VERIFY(fileHoldsRecorderKeys(root.path("/apps/config/recconfig.ini")));
     QVERIFY(recorder.isRunning());
+}
+
+void TestStartup::readOnlyConfigFolder()
+{
+    TestDeviceRoot root;
+    QVERIFY(root.writeFile("/apps/config/scanlanguage.cfg", sampleLanguageTable()));
+    QVERIFY(root.writeFile("/apps/config/config.ini", "[SystemSet]\nLan=1\n"));
+    const QStringList before = QDir(root.path("/apps/config")).entryList(QDir::Files);
+    QVERIFY(QFile::setPermissions(root.root(), QFileDevice::Permissions(0x7555)) &&
+            QFile::setPermissions(root.path("/apps/config"), QFileDevice::Permissions(0x5555)));
+    RecorderProcess recorder(root.root());
+    // root writes into any folder: the recorder runs as a user who cannot
+    if (geteuid() == 0)
+        recorder.setWrapper({"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups", "--"});
+    QVERIFY(recorder.start());
+    QVERIFY(recorder.waitForError("in recorderWnd::showEvent"));
+    QVERIFY(recorder.standardError().contains("show lan is 101"));
+    QVERIFY(recorder.isRunning());
+    QCOMPARE(QDir(root.path("/apps/config")).entryList(QDir::Files), before);
 }
 
 QTEST_GUILESS_MAIN(TestStartup)

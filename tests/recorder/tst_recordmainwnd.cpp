@@ -2,24 +2,27 @@
 #include "app/startup.h"
 #include "recorder/recordmainwnd.h"
 #include "recorder/recordthread.h"
+#include "storage/audioinfo.h"
 #include "storage/configwidget.h"
 #include "storage/recfilemanager.h"
 #include "testdeviceroot.h"
 #include "widgets/itemmenu.h"
 #include "widgets/kospinbox.h"
-#include "widgets/kospinslide.h"
 
 #include <QApplication>
 #include <QDate>
 #include <QDir>
 #include <QImage>
 #include <QPointer>
+#include <QScopeGuard>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTextCodec>
 #include <QTimer>
 
 #include <csignal>
-#include <unistd.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -29,24 +32,22 @@ class ModalAnswerer : public QObject
 public:
     explicit ModalAnswerer(QList<QList<Qt::Key>> answers) : m_answers(std::move(answers))
     {
-        connect(&m_poll, &QTimer::timeout, this, &ModalAnswerer::look);
+        connect(&m_poll, &QTimer::timeout, this, [this] {
+            QWidget *modal = QApplication::activeModalWidget();
+            if (!modal || modal == m_last)
+                return;
+            m_last = modal;
+            seen << QString::fromLatin1(modal->metaObject()->className());
+            const QList<Qt::Key> keys =
+                m_answers.isEmpty() ? QList<Qt::Key>{Qt::Key_Return} : m_answers.takeFirst();
+            for (Qt::Key key : keys)
+                QTest::keyClick(modal, key);
+        });
         m_poll.start(20);
     }
     QStringList seen; // class names of the dialogs met
 
 private:
-    void look()
-    {
-        QWidget *modal = QApplication::activeModalWidget();
-        if (!modal || modal == m_last)
-            return;
-        m_last = modal;
-        seen << QString::fromLatin1(modal->metaObject()->className());
-        const QList<Qt::Key> keys =
-            m_answers.isEmpty() ? QList<Qt::Key>{Qt::Key_Return} : m_answers.takeFirst();
-        for (Qt::Key key : keys)
-            QTest::keyClick(modal, key);
-    }
     QList<QList<Qt::Key>> m_answers;
     QTimer m_poll;
     QPointer<QWidget> m_last;
@@ -76,15 +77,37 @@ QStringList listedPaths(const TestDeviceRoot &root)
     return text.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
+// the simulated encoders in the device root
+bool installEncoders(const TestDeviceRoot &root)
+{
+    QDir().mkpath(root.path("/mnt/mmc/e_Recorder"));
+    QDir().mkpath(root.path("/usr/sbin"));
+    for (const QString encoder : {"shine", "record2wav"}) {
+        QFile::remove(root.path("/usr/sbin/" + encoder));
+        if (!QFile::copy(DEVSIM_BIN_DIR "/" + encoder, root.path("/usr/sbin/" + encoder)))
+            return false;
+    }
+    return true;
+}
+
+// size of the file at these bytes, -1 when there is none: no codec in between
+qint64 rawSize(const QByteArray &path)
+{
+    struct stat info;
+    return ::stat(path.constData(), &info) == 0 ? info.st_size : -1;
+}
+
+// the picture of the window, saved under the screens folder
+QImage screen(QWidget &widget, const char *name)
+{
+    const QImage image = widget.grab().toImage();
+    image.save(screensDir() + "/recorder-" + name + ".png");
+    return image;
+}
+
 bool isWhite(const QImage &image, int x, int y)
 {
     return qGray(image.pixel(x, y)) > 128;
-}
-
-void save(QWidget &widget, const char *name)
-{
-    widget.grab().save(screensDir() + QStringLiteral("/recorder-") + QLatin1String(name) +
-                       QStringLiteral(".png"));
 }
 
 } // namespace
@@ -97,14 +120,18 @@ private slots:
     void init();
     void cleanup();
     void recordingCycleAndScreens();
-    void stopRulesByLength_data();
-    void stopRulesByLength();
+    void stopRules_data();
+    void stopRules();
     void timeTextAndFourHourSplit();
     void fullLibraryRefuses();
     void optionsMenu();
     void shellCommands_data();
     void shellCommands();
-    void encoderEndingByItself();
+    void encoderEndsByItself_data();
+    void encoderEndsByItself();
+    void nonAsciiRoot_data();
+    void nonAsciiRoot();
+    void messageFloodWhileRecording();
 
 private:
     void startRecording(RecordMainWnd &window);
@@ -123,12 +150,7 @@ void TestRecordMainWnd::initTestCase()
 void TestRecordMainWnd::init()
 {
     root = std::make_unique<TestDeviceRoot>();
-    QDir().mkpath(root->path("/mnt/mmc/e_Recorder"));
-    QDir().mkpath(root->path("/usr/sbin"));
-    for (const char *encoder : {"shine", "record2wav"}) {
-        QVERIFY(QFile::copy(QStringLiteral(DEVSIM_BIN_DIR "/") + QLatin1String(encoder),
-                            root->path(QStringLiteral("/usr/sbin/") + QLatin1String(encoder))));
-    }
+    QVERIFY(installEncoders(*root));
     // the settings store belongs to the device root of this test
     delete ConfigWidget::reader;
     ConfigWidget::reader = nullptr;
@@ -170,39 +192,31 @@ void TestRecordMainWnd::recordingCycleAndScreens()
     QVERIFY(QTest::qWaitForWindowExposed(&window));
     QCOMPARE(window.size(), QSize(256, 64));
 
-    // idle: a dot says OK records
-    const QImage idle = window.grab().toImage();
-    save(window, "idle");
+    // idle: the separator, and a dot (an outline) says OK records
+    const QImage idle = screen(window, "idle");
     QCOMPARE(window.helpText(), QStringLiteral("Press OK to Record"));
-    QCOMPARE(window.getTimeText(), QStringLiteral("00:00"));
     for (int x = 0; x < 256; x += 15)
-        QVERIFY(isWhite(idle, x, 20));
-    QVERIFY(!isWhite(idle, 100, 19));
-    QVERIFY(!isWhite(idle, 178, 36)); // the dot is an outline
-    QVERIFY(isWhite(idle, 178, 33) && isWhite(idle, 175, 36));
+        QVERIFY(isWhite(idle, x, 20) && !isWhite(idle, x, 19));
+    QVERIFY(!isWhite(idle, 178, 36) && isWhite(idle, 178, 33) && isWhite(idle, 175, 36));
 
     startRecording(window);
     const QString file = window.getCurFileName();
-    QCOMPARE(file, root->path(QStringLiteral("/mnt/mmc/e_Recorder/") +
-                              QDate::currentDate().toString(QStringLiteral("yyMMdd")) +
-                              QStringLiteral(".mp3")));
+    const QString today = QDate::currentDate().toString(QStringLiteral("yyMMdd"));
+    QCOMPARE(file, root->path("/mnt/mmc/e_Recorder/" + today + ".mp3"));
     // listed before anything is recorded, as the pen's path
-    QCOMPARE(listedPaths(*root), QStringList{"/mnt/mmc/e_Recorder/" + QFileInfo(file).fileName()});
+    QCOMPARE(listedPaths(*root), QStringList{"/mnt/mmc/e_Recorder/" + today + ".mp3"});
     QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(file).size() > 0, 10000);
     tickTo(window, 3);
-    const QImage recording = window.grab().toImage();
-    save(window, "recording");
+    const QImage recording = screen(window, "recording");
     QCOMPARE(window.helpText(), QStringLiteral("Press OK to Pause"));
     QCOMPARE(window.getTimeText(), QStringLiteral("00:03"));
-    for (int y = 33; y <= 39; ++y) {
-        QVERIFY(isWhite(recording, 175, y) && isWhite(recording, 181, y));
-        QVERIFY(!isWhite(recording, 178, y)); // the gap between the bars
-    }
+    for (int y = 33; y <= 39; ++y) // two bars with a gap
+        QVERIFY(isWhite(recording, 175, y) && isWhite(recording, 181, y) &&
+                !isWhite(recording, 178, y));
 
     QTest::keyClick(&window, Qt::Key_Return);
     QCOMPARE(bRecPause.load(), int(RECSOUND_PAUSED));
-    const QImage paused = window.grab().toImage();
-    save(window, "paused");
+    const QImage paused = screen(window, "paused");
     QCOMPARE(window.helpText(), QStringLiteral("Press OK to Continue"));
     QVERIFY(!isWhite(paused, 178, 36) && !isWhite(paused, 175, 39));
     QTest::keyClick(&window, Qt::Key_Return);
@@ -234,45 +248,50 @@ void TestRecordMainWnd::recordingCycleAndScreens()
     window.stopRecord();
     window.newRecordOptionWnd();
     QVERIFY(QTest::qWaitForWindowExposed(window.getOptionMenu()));
-    window.getOptionMenu()->grab().save(screensDir() + QStringLiteral("/recorder-menu.png"));
+    screen(*window.getOptionMenu(), "menu");
     // under an open menu the recorder draws nothing at all
     QVERIFY(!isWhite(window.grab().toImage(), 100, 20));
 }
 
-void TestRecordMainWnd::stopRulesByLength_data()
+void TestRecordMainWnd::stopRules_data()
 {
-    QTest::addColumn<int>("seconds");
+    QTest::addColumn<int>("ms");                // real time between OK and Escape
+    QTest::addColumn<int>("seconds");           // then counted on the clock
     QTest::addColumn<QList<Qt::Key>>("answer"); // empty: no question expected
     QTest::addColumn<bool>("kept");
-    QTest::newRow("3s-removed-without-question") << 3 << QList<Qt::Key>{} << false;
-    QTest::newRow("4s-kept-without-question") << 4 << QList<Qt::Key>{} << true;
-    QTest::newRow("5s-asked-yes-keeps") << 5 << QList<Qt::Key>{Qt::Key_Return} << true;
+    // under 4 s nothing stays, whenever the encoder (300 ms after the fork) makes its file
+    for (int ms = 0; ms <= 500; ms += 50)
+        QTest::addRow("escape-%dms-after-ok-removed", ms) << ms << 0 << QList<Qt::Key>{} << false;
+    QTest::newRow("3s-removed-without-question") << 0 << 3 << QList<Qt::Key>{} << false;
+    QTest::newRow("4s-kept-without-question") << 0 << 4 << QList<Qt::Key>{} << true;
+    QTest::newRow("5s-asked-yes-keeps") << 0 << 5 << QList<Qt::Key>{Qt::Key_Return} << true;
     QTest::newRow("5s-asked-no-deletes")
-        << 5 << QList<Qt::Key>{Qt::Key_Right, Qt::Key_Return} << false;
-    QTest::newRow("7s-asked-escape-deletes") << 7 << QList<Qt::Key>{Qt::Key_Escape} << false;
+        << 0 << 5 << QList<Qt::Key>{Qt::Key_Right, Qt::Key_Return} << false;
+    QTest::newRow("7s-asked-escape-deletes") << 0 << 7 << QList<Qt::Key>{Qt::Key_Escape} << false;
 }
 
-void TestRecordMainWnd::stopRulesByLength()
+void TestRecordMainWnd::stopRules()
 {
+    QFETCH(int, ms);
     QFETCH(int, seconds);
     QFETCH(QList<Qt::Key>, answer);
     QFETCH(bool, kept);
     RecordMainWnd window(nullptr, 0);
     startRecording(window);
     const QString file = window.getCurFileName();
-    QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(file), 10000);
+    QTest::qWait(ms); // the interval under test, not a wait for something
+    if (seconds > 0)  // a file there to keep or delete
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(file), 10000);
     tickTo(window, seconds);
 
     ModalAnswerer answers({answer, {Qt::Key_Return}});
     QTest::keyClick(&window, Qt::Key_Escape);
     QCOMPARE(answers.seen.isEmpty(), answer.isEmpty());
-    if (!answer.isEmpty())
-        QCOMPARE(answers.seen.first(), QStringLiteral("YesnoSelect"));
-    QTRY_VERIFY_WITH_TIMEOUT(childProcesses().isEmpty(), 5000);
+    // reaped before the stop returned: nothing can make or remove the file any more
+    QVERIFY(childProcesses().isEmpty());
     QCOMPARE(QFile::exists(file), kept);
     QCOMPARE(listedPaths(*root).size(), kept ? 1 : 0);
     QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
-
     // a second stop finds nothing to do
     window.stopRecord();
     QCOMPARE(QFile::exists(file), kept);
@@ -284,21 +303,17 @@ void TestRecordMainWnd::timeTextAndFourHourSplit()
     startRecording(window);
     const QString first = window.getCurFileName();
     QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(first), 10000);
-    tickTo(window, 59);
-    QCOMPARE(window.getTimeText(), QStringLiteral("00:59"));
     tickTo(window, 3599);
     QCOMPARE(window.getTimeText(), QStringLiteral("59:59"));
     tickTo(window, 3600);
     QCOMPARE(window.getTimeText(), QStringLiteral("01:00:00"));
     tickTo(window, 14400);
-    QCOMPARE(window.getTimeText(), QStringLiteral("04:00:00"));
     QCOMPARE(bRecPause.load(), int(RECSOUND_RECING));
 
     // the 14 401st second closes the file and a new one starts by itself half a second later
     window.updateRecTime();
     QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
     QTRY_COMPARE_WITH_TIMEOUT(bRecPause.load(), int(RECSOUND_RECING), 5000);
-    QVERIFY(window.getCurFileName() != first);
     QVERIFY(window.getCurFileName().endsWith(QStringLiteral("_1.mp3")));
     const QStringList listed = listedPaths(*root);
     QCOMPARE(listed.size(), 2);
@@ -321,7 +336,6 @@ void TestRecordMainWnd::fullLibraryRefuses()
     QCOMPARE(answers.seen, QStringList{"MessageDialog"});
     QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
     QVERIFY(childProcesses().isEmpty());
-    QCOMPARE(window.getDisplayState(), int(RecordMainWnd::DisplayIdle));
     QCOMPARE(root->readFile("/apps/config/reclist.ini"), list);
 
     // one fewer leaves room again
@@ -336,19 +350,12 @@ void TestRecordMainWnd::optionsMenu()
     window.show();
     QTest::keyClick(&window, Qt::Key_F12);
     QPointer<ItemMenu> menu = window.getOptionMenu();
-    QVERIFY(menu);
-    QVERIFY(menu->isVisible());
-    const QList<KoSpinBox *> boxes = menu->findChildren<KoSpinBox *>();
-    QCOMPARE(boxes.size(), 2);
-    QCOMPARE(menu->findChildren<KoSpinSlide *>().size(), 1);
-    QCOMPARE(boxes.at(1)->getCurIndex(), 1); // quality "Mid " by default
+    QVERIFY(menu && menu->isVisible());
+    QCOMPARE(menu->findChildren<KoSpinBox *>().at(1)->getCurIndex(), 1); // quality "Mid "
 
     // volume down one step, format to WAV, quality to Low: each stored at once
-    QTest::keyClick(menu, Qt::Key_Left);
-    QTest::keyClick(menu, Qt::Key_Down);
-    QTest::keyClick(menu, Qt::Key_Right);
-    QTest::keyClick(menu, Qt::Key_Down);
-    QTest::keyClick(menu, Qt::Key_Right);
+    for (Qt::Key key : {Qt::Key_Left, Qt::Key_Down, Qt::Key_Right, Qt::Key_Down, Qt::Key_Right})
+        QTest::keyClick(menu, key);
     ConfigWidget reread;
     QCOMPARE(reread.getPlayVolume(), 4);
     QCOMPARE(reread.getFileFormat(), 1);
@@ -361,10 +368,8 @@ void TestRecordMainWnd::optionsMenu()
 
     // a fresh menu shows the stored values, and the next recording uses them
     QTest::keyClick(&window, Qt::Key_F12);
-    QVERIFY(window.getOptionMenu());
     QCOMPARE(window.getOptionMenu()->findChildren<KoSpinBox *>().at(0)->getCurIndex(), 1);
     QTest::keyClick(window.getOptionMenu(), Qt::Key_Escape);
-    QTRY_VERIFY(!window.getOptionMenu());
     QTest::keyClick(&window, Qt::Key_Return);
     QVERIFY(window.getCurFileName().endsWith(QStringLiteral(".wav")));
     QCOMPARE(QString::fromLatin1(samplerate.load()), QStringLiteral("11025"));
@@ -387,8 +392,6 @@ void TestRecordMainWnd::shellCommands_data()
     QTest::addColumn<QString>("toShell");
     QTest::newRow("presspoweroff-only-flushes")
         << "execute(QString)" << QByteArray("presspoweroff") << true << false << QString();
-    QTest::newRow("plugusb-only-flushes")
-        << "execute(QString)" << QByteArray("plugusb") << true << false << QString();
     QTest::newRow("other-message-name-ignored")
         << "run(QString)" << QByteArray("stop") << true << false << QString();
     QTest::newRow("stop-while-recording")
@@ -437,24 +440,104 @@ void TestRecordMainWnd::shellCommands()
     window.stopRecord();
 }
 
-void TestRecordMainWnd::encoderEndingByItself()
+void TestRecordMainWnd::encoderEndsByItself_data()
 {
-    // an encoder that gives up at once, as on a full card
-    QFile::remove(root->path("/usr/sbin/shine"));
-    QVERIFY(QFile::copy(QStringLiteral(FAKE_ENCODER_EXIT), root->path("/usr/sbin/shine")));
+    QTest::addColumn<bool>("cardFull"); // otherwise the encoder gives up at once
+    QTest::newRow("card-fills-up-partial-file-kept") << true;
+    QTest::newRow("encoder-fails-at-once-nothing-listed") << false;
+}
+
+void TestRecordMainWnd::encoderEndsByItself()
+{
+    QFETCH(bool, cardFull);
+    // a full card: the encoder's writes fail beyond 24000 bytes (two seconds at 96 kbit/s)
+    rlimit old{};
+    QCOMPARE(getrlimit(RLIMIT_FSIZE, &old), 0);
+    const auto unlimit = [old] {
+        setrlimit(RLIMIT_FSIZE, &old);
+        std::signal(SIGXFSZ, SIG_DFL);
+    };
+    const auto restore = qScopeGuard(unlimit);
+    const rlimit small{24000, old.rlim_max};
+    if (cardFull) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        QCOMPARE(setrlimit(RLIMIT_FSIZE, &small), 0);
+    } else {
+        QFile::remove(root->path("/usr/sbin/shine"));
+        QVERIFY(QFile::copy(QStringLiteral(FAKE_ENCODER_EXIT), root->path("/usr/sbin/shine")));
+    }
     RecordMainWnd window(nullptr, 0);
     QTest::keyClick(&window, Qt::Key_Return);
-    QTRY_COMPARE_WITH_TIMEOUT(bRecPause.load(), int(RECSOUND_STOPPED), 5000);
-    QVERIFY(!bRecording);
+    const QString file = window.getCurFileName();
+    QTRY_VERIFY_WITH_TIMEOUT(!bRecording && bRecPause == RECSOUND_STOPPED, 20000);
     QTRY_VERIFY_WITH_TIMEOUT(childProcesses().isEmpty(), 5000);
+    // the window stops counting at its next tick and shows that it is idle
+    QTRY_COMPARE_WITH_TIMEOUT(window.getDisplayState(), int(RecordMainWnd::DisplayIdle), 5000);
+    QVERIFY(!window.findChild<QTimer *>()->isActive());
+    QCOMPARE(window.helpText(), QStringLiteral("Press OK to Record"));
+    audioinfo info;
+    QCOMPARE(getaudioinfo(QFile::encodeName(file).constData(), &info) == 0, cardFull);
+    QVERIFY(!cardFull || info.seconds >= 1); // what it wrote plays
+    QCOMPARE(listedPaths(*root).size(), cardFull ? 1 : 0);
 
     // the window goes on working: the next OK starts a new recording
-    QFile::remove(root->path("/usr/sbin/shine"));
-    QVERIFY(QFile::copy(QStringLiteral(DEVSIM_BIN_DIR "/shine"), root->path("/usr/sbin/shine")));
-    window.stopRecord();
+    unlimit();
+    QVERIFY(installEncoders(*root));
     QTest::keyClick(&window, Qt::Key_Return);
     QCOMPARE(bRecPause.load(), int(RECSOUND_RECING));
     QTRY_VERIFY_WITH_TIMEOUT(!childProcesses().isEmpty(), 5000);
+}
+
+void TestRecordMainWnd::nonAsciiRoot_data()
+{
+    QTest::addColumn<QByteArray>("folder"); // UTF-8, as the shell makes it
+    QTest::newRow("a-umlaut") << QByteArray("r\xc3\xa4"
+                                            "c");
+    QTest::newRow("cjk") << QByteArray("\xe5\xbd\x95\xe9\x9f\xb3");
+}
+
+void TestRecordMainWnd::nonAsciiRoot()
+{
+    QFETCH(QByteArray, folder);
+    // the program's codec for the locale
+    QTextCodec::setCodecForLocale(QTextCodec::codecForName("GBK"));
+    const auto restore = qScopeGuard([] { QTextCodec::setCodecForLocale(nullptr); });
+    TestDeviceRoot named(folder);
+    QVERIFY(installEncoders(named));
+    delete ConfigWidget::reader;
+    ConfigWidget::reader = nullptr;
+    RecordMainWnd window(nullptr, 0);
+    startRecording(window);
+    const QString name = QFileInfo(window.getCurFileName()).fileName();
+    const QByteArray file = named.rootBytes() + "/mnt/mmc/e_Recorder/" + name.toLatin1();
+    QTRY_VERIFY_WITH_TIMEOUT(rawSize(file) > 0, 10000);
+    tickTo(window, 4);
+    QTest::keyClick(&window, Qt::Key_Escape);
+    QVERIFY(rawSize(file) > 0);
+    QCOMPARE(listedPaths(named), QStringList{"/mnt/mmc/e_Recorder/" + name});
+}
+
+void TestRecordMainWnd::messageFloodWhileRecording()
+{
+    RecordMainWnd window(nullptr, 0);
+    window.show();
+    QCopChannel listener(QStringLiteral("recorderprocess"));
+    QSignalSpy heard(&listener, &QCopChannel::received);
+    QElapsedTimer clock;
+    clock.start();
+    QTest::keyClick(&window, Qt::Key_Return);
+    // mostly messages the recorder ignores, every tenth a command that flushes the disks
+    for (int i = 0; i < 10000; ++i) {
+        QVERIFY(QCopChannel::send(QStringLiteral("recorderprocess"),
+                                  i % 10 ? "noise(QString)" : "execute(QString)",
+                                  i % 10 ? QByteArray::number(i) : QByteArray("plugusb")));
+    }
+    QTRY_COMPARE_WITH_TIMEOUT(heard.count(), 10000, 120000);
+    // every second since OK is on the clock, but for the one under way
+    QTRY_VERIFY_WITH_TIMEOUT(qAbs(clock.elapsed() / 1000 - window.recordedSeconds()) <= 1, 3000);
+    QVERIFY(QCopChannel::send(QStringLiteral("recorderprocess"), "execute(QString)", "stop"));
+    QTRY_VERIFY_WITH_TIMEOUT(!window.isVisible(), 30000);
+    QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
 }
 
 QTEST_MAIN(TestRecordMainWnd)

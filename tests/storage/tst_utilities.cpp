@@ -248,15 +248,10 @@ private slots:
         QTest::addColumn<QString>("path");     // null: no path at all
         QTest::addColumn<QByteArray>("bytes"); // written to a.mp3 unless null
         QTest::addColumn<int>("result");
-        QByteArray noise(20000, '\0');
-        QRandomGenerator(7).fillRange(reinterpret_cast<quint32 *>(noise.data()), noise.size() / 4);
         const QByteArray frame = QByteArray::fromHex("fffb9000") + QByteArray(413, '\0');
         QTest::newRow("empty") << "a.mp3" << QByteArray("") << -1;
         QTest::newRow("shorter-than-128") << "a.mp3" << QByteArray(127, '\xff') << -1;
         QTest::newRow("truncated-mid-frame") << "a.mp3" << frame.repeated(10).chopped(200) << 0;
-        QTest::newRow("random-bytes") << "a.mp3" << noise << 0;
-        QTest::newRow("wav-renamed")
-            << "a.mp3" << QByteArray("RIFF\0\0\0\0WAVEfmt ", 16) + noise << 0;
         QTest::newRow("missing") << "a.mp3" << QByteArray() << -3;
         QTest::newRow("folder") << "" << QByteArray() << -1;
         QTest::newRow("null-path") << QString() << QByteArray() << -5;

@@ -23,7 +23,11 @@ void RecorderProcess::setEnv(const QString &name, const QString &value)
 bool RecorderProcess::start(const QStringList &arguments)
 {
     m_process.setProcessEnvironment(m_env);
-    m_process.start(QStringLiteral(RECORDER_BIN), arguments);
+    if (m_wrapper.isEmpty())
+        m_process.start(QStringLiteral(RECORDER_BIN), arguments);
+    else
+        m_process.start(m_wrapper.first(),
+                        m_wrapper.mid(1) + QStringList(QStringLiteral(RECORDER_BIN)) + arguments);
     return m_process.waitForStarted(10000);
 }
 

@@ -14,6 +14,8 @@ public:
     RecorderProcess &operator=(const RecorderProcess &) = delete;
 
     void setEnv(const QString &name, const QString &value);
+    // a command the program is started through, such as setpriv with its options
+    void setWrapper(const QStringList &command) { m_wrapper = command; }
     bool start(const QStringList &arguments = {});
     // Waits until standard error holds the text; false on time-out or when the program ended.
     bool waitForError(const QByteArray &text, int timeoutMs = 15000);
@@ -31,6 +33,7 @@ private:
     void drain();
 
     QProcess m_process;
+    QStringList m_wrapper;
     QProcessEnvironment m_env;
     QByteArray m_err;
     QByteArray m_out;

@@ -6,15 +6,23 @@
 #include <QFile>
 #include <QGuiApplication>
 
-TestDeviceRoot::TestDeviceRoot()
-    : m_oldRoot(qgetenv("RECORDER_ROOT")), m_oldPath(qgetenv("PATH")),
-      m_hadRoot(qEnvironmentVariableIsSet("RECORDER_ROOT"))
+#include <sys/stat.h>
+
+TestDeviceRoot::TestDeviceRoot() : TestDeviceRoot(QByteArray()) {}
+
+TestDeviceRoot::TestDeviceRoot(const QByteArray &folderName)
+    : m_root(QFile::encodeName(m_dir.path())), m_oldRoot(qgetenv("RECORDER_ROOT")),
+      m_oldPath(qgetenv("PATH")), m_hadRoot(qEnvironmentVariableIsSet("RECORDER_ROOT"))
 {
-    const QDir dir(m_dir.path());
+    if (!folderName.isEmpty()) {
+        m_root += '/' + folderName;
+        ::mkdir(m_root.constData(), 0755);
+    }
+    const QDir dir(root());
     for (const char *sub :
          {"apps/config", "apps/res/pics", "apps/res/fonts", "mnt/mmc", "mnt/mtdblock3"})
         dir.mkpath(QLatin1String(sub));
-    qputenv("RECORDER_ROOT", QFile::encodeName(m_dir.path()));
+    qputenv("RECORDER_ROOT", m_root);
     qputenv("PATH", QByteArray(DEVSIM_BIN_DIR) + ':' + m_oldPath);
     // the pen's fonts as mkroot lays them out, taken up by the test's widgets as by the program
     const QDir fonts(QStringLiteral(DEVSIM_FONTS_DIR));
@@ -35,7 +43,7 @@ TestDeviceRoot::~TestDeviceRoot()
 
 QString TestDeviceRoot::path(const QString &devicePath) const
 {
-    return m_dir.path() + devicePath;
+    return root() + devicePath;
 }
 
 bool TestDeviceRoot::writeFile(const QString &devicePath, const QByteArray &bytes) const

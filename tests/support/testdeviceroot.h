@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QFile>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -13,12 +14,15 @@ class TestDeviceRoot
 {
 public:
     TestDeviceRoot();
+    // the root in a folder of that name (raw bytes, as a shell would make it) in the temporary one
+    explicit TestDeviceRoot(const QByteArray &folderName);
     ~TestDeviceRoot();
     TestDeviceRoot(const TestDeviceRoot &) = delete;
     TestDeviceRoot &operator=(const TestDeviceRoot &) = delete;
 
     bool isValid() const { return m_dir.isValid(); }
-    QString root() const { return m_dir.path(); }
+    QString root() const { return QFile::decodeName(m_root); }
+    QByteArray rootBytes() const { return m_root; }
     // the real location of a device path such as "/apps/config/recconfig.ini"
     QString path(const QString &devicePath) const;
 
@@ -31,6 +35,7 @@ public:
 
 private:
     QTemporaryDir m_dir;
+    QByteArray m_root;
     QByteArray m_oldRoot;
     QByteArray m_oldPath;
     bool m_hadRoot;
