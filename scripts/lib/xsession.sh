@@ -11,11 +11,18 @@
 #   x_grab FILE            the recorder's 256 x 64 screen (top left of the display) as a PNG
 #   x_lit X Y, x_dark X Y  true when the screen's pixel at X, Y is lit, or not
 #   x_wait_clock SECONDS   waits until the recorder's clock has gone on by SECONDS
+#   listen_to_shell QCOP   prints each message to the shell's channel as a line "shell: ...",
+#                          from when it returns until listen_stop; programs started meanwhile
+#                          are given {LISTEN_FD}>&- so that they do not hold the listener's pipe
+#   listen_stop            ends the listener once what it heard is printed
 
 XVFB_PID=""
 XVFB_DISPLAY=""
 XVFB_FBDIR=""
 XVFB_LOCK=""
+LISTEN_QCOP_PID=""
+LISTEN_SED_PID=""
+LISTEN_FD=""
 
 # A loaded machine may take a while to start a Qt program or to show a window.
 X_STEP_SECONDS=30
@@ -65,6 +72,9 @@ xvfb_stop_server() {
     if [ -n "$XVFB_LOCK" ]; then
         rm -f "$XVFB_LOCK"
         XVFB_LOCK=""
+LISTEN_QCOP_PID=""
+LISTEN_SED_PID=""
+LISTEN_FD=""
     fi
 }
 
@@ -151,4 +161,41 @@ x_wait_clock() {
     done
     echo "the recorder's clock did not go on by $1 s" >&2
     return 1
+}
+
+# qcop writes into sed through a pipe that only these two hold, so that sed ends once qcop has.
+listen_to_shell() {
+    local said failed=0
+    said="$(mktemp)"
+    exec {LISTEN_FD}> >(exec sed -u 's/^/shell: /')
+    LISTEN_SED_PID=$!
+    "$1" listen mainprocess 1>&"$LISTEN_FD" 2>"$said" &
+    LISTEN_QCOP_PID=$!
+    wait_until "$X_STEP_SECONDS" grep -q "qcop: listening" "$said" || failed=1
+    rm -f "$said"
+    if [ "$failed" -ne 0 ]; then
+        echo "qcop does not listen" >&2
+    fi
+    return "$failed"
+}
+
+listen_sed_ended() {
+    ! kill -0 "$LISTEN_SED_PID" 2>/dev/null
+}
+
+listen_stop() {
+    if [ -n "$LISTEN_QCOP_PID" ]; then
+        kill "$LISTEN_QCOP_PID" 2>/dev/null || true
+        wait "$LISTEN_QCOP_PID" 2>/dev/null || true
+        LISTEN_QCOP_PID=""
+    fi
+    if [ -n "$LISTEN_FD" ]; then
+        exec {LISTEN_FD}>&-
+        LISTEN_FD=""
+    fi
+    if [ -n "$LISTEN_SED_PID" ]; then
+        wait_until 5 listen_sed_ended || kill "$LISTEN_SED_PID" 2>/dev/null || true
+        wait "$LISTEN_SED_PID" 2>/dev/null || true
+        LISTEN_SED_PID=""
+    fi
 }
