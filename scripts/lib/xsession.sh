@@ -10,6 +10,7 @@
 #   x_press PID KEY        gives the program's topmost window the keyboard and presses KEY
 #   x_grab FILE            the recorder's 256 x 64 screen (top left of the display) as a PNG
 #   x_lit X Y, x_dark X Y  true when the screen's pixel at X, Y is lit, or not
+#   x_wait_pixel lit|dark X Y  waits (up to 30 s) until that pixel is lit, or dark
 #   x_wait_clock SECONDS   waits until the recorder's clock has gone on by SECONDS
 #   listen_to_shell QCOP   prints each message to the shell's channel as a line "shell: ...",
 #                          from when it returns until listen_stop; programs started meanwhile
@@ -141,6 +142,13 @@ x_lit() {
 
 x_dark() {
     ! x_lit "$@"
+}
+
+x_wait_pixel() {
+    if ! wait_until "$X_STEP_SECONDS" "x_$1" "$2" "$3"; then
+        echo "the screen's pixel at $2, $3 did not turn $1" >&2
+        return 1
+    fi
 }
 
 # The clock is counted by its pictures: each second shows a new one. A picture counts once it
