@@ -501,13 +501,15 @@ void RecordMainWnd::handleReceived(const QString &message, const QByteArray &dat
         return;
     // every command from the shell flushes the file systems first (power-off, USB, stop)
     sync();
-    if (qstrcmp(data, "stop") == 0) {
+    // a zero-terminated word: a C sender's terminating zero byte is not part of it
+    const char *word = data.constData();
+    if (qstrcmp(word, "stop") == 0) {
         if (bRecPause != RECSOUND_STOPPED)
             stopRecord();
         closeOptionMenu();
         LOGW("receive msg stop\n");
         close();
-    } else if (qstrcmp(data, "stoponly") == 0) {
+    } else if (qstrcmp(word, "stoponly") == 0) {
         qDebug() << "receive stoponly a \n";
         if (bRecPause != RECSOUND_STOPPED)
             stopRecord();

@@ -17,7 +17,7 @@ struct audioinfo
     int stearmsize; // bytes handed to the frame walk
     int seconds;    // play length, whole seconds
     bool isid3tag;
-    char play_time[16]; // "%02u:%02u:%02u"
+    char play_time[20]; // "%02u:%02u:%02u", room for any count of hours
 };
 
 // The result of a walk over MPEG audio frames. A Xing/Info frame carries no audio and is never

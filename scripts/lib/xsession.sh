@@ -1,72 +1,118 @@
+# shellcheck shell=bash
 # Shared helpers for driving the recorder on an X server of its own (source this file).
 #   xvfb_start             Xvfb on the first free display from :90 on; sets XVFB_DISPLAY, XVFB_PID
 #                          and XVFB_FBDIR (the screen is kept in $XVFB_FBDIR/Xvfb_screen0)
 #   xvfb_stop              ends that server and removes its files
+#   wait_until SECONDS CMD...  runs CMD every 0.1 s until it succeeds; false after SECONDS
 #   x_windows PID          the program's mapped windows, bottom of the stack first
-#   x_wait_windows PID N   waits (up to 30 s) until the program shows N windows
+#   x_wait_windows PID N [NOT_TOP]  waits (up to 30 s) until the program shows N windows, the
+#                          topmost not being NOT_TOP
 #   x_press PID KEY        gives the program's topmost window the keyboard and presses KEY
 #   x_grab FILE            the recorder's 256 x 64 screen (top left of the display) as a PNG
+#   x_lit X Y, x_dark X Y  true when the screen's pixel at X, Y is lit, or not
+#   x_wait_pixel lit|dark X Y  waits (up to 30 s) until that pixel is lit, or dark
+#   x_wait_clock SECONDS   waits until the recorder's clock has gone on by SECONDS
+#   listen_to_shell QCOP   prints each message to the shell's channel as a line "shell: ...",
+#                          from when it returns until listen_stop; programs started meanwhile
+#                          are given {LISTEN_FD}>&- so that they do not hold the listener's pipe
+#   listen_stop            ends the listener once what it heard is printed
 
 XVFB_PID=""
 XVFB_DISPLAY=""
 XVFB_FBDIR=""
+XVFB_LOCK=""
+LISTEN_QCOP_PID=""
+LISTEN_SED_PID=""
+LISTEN_FD=""
+
+# A loaded machine may take a while to start a Qt program or to show a window.
+X_STEP_SECONDS=30
 
 xvfb_start() {
     XVFB_FBDIR="$(mktemp -d)"
-    local n tries
+    local n
     for n in $(seq 90 189); do
-        if [ -e "/tmp/.X11-unix/X$n" ] || [ -e "/tmp/.X$n-lock" ]; then
+        if [ -e "/tmp/.X11-unix/X$n" ]; then
             continue
         fi
-        # -displayfd: the server writes its number once it listens
-        Xvfb ":$n" -displayfd 3 -screen 0 640x480x24 -nolisten tcp -fbdir "$XVFB_FBDIR" \
-            3>"$XVFB_FBDIR/display" 2>/dev/null &
+        # Xvfb takes no lock file when it is given -displayfd: claim the number the way X
+        # servers do, with a lock file made only when there is none, holding a live pid
+        if ! (set -o noclobber && printf '%10d\n' "$$" >"/tmp/.X$n-lock") 2>/dev/null; then
+            continue
+        fi
+        XVFB_LOCK="/tmp/.X$n-lock"
+        # -displayfd: the server writes its number once it listens. -noreset: otherwise the
+        # server resets when its last client leaves (xdpyinfo below, xdotool looking for windows
+        # before the recorder has any) and drops a client connecting meanwhile
+        Xvfb ":$n" -displayfd 3 -noreset -screen 0 640x480x24 -nolisten tcp -fbdir "$XVFB_FBDIR" \
+            3>"$XVFB_FBDIR/display" >/dev/null 2>&1 &
         XVFB_PID=$!
-        for tries in $(seq 300); do
-            if [ -s "$XVFB_FBDIR/display" ] || ! kill -0 "$XVFB_PID" 2>/dev/null; then
-                break
-            fi
-            sleep 0.1
-        done
+        wait_until "$X_STEP_SECONDS" xvfb_announced || true
         if [ -s "$XVFB_FBDIR/display" ] && xdpyinfo -display ":$n" >/dev/null 2>&1; then
             XVFB_DISPLAY=":$n"
             return 0
         fi
-        # another server took this display first
-        kill "$XVFB_PID" 2>/dev/null || true
-        wait "$XVFB_PID" 2>/dev/null || true
-        XVFB_PID=""
+        # a server without a lock file holds this display already
+        xvfb_stop_server
     done
     echo "no Xvfb could be started" >&2
     return 1
 }
 
-xvfb_stop() {
+# the number is written, or the server has ended
+xvfb_announced() {
+    [ -s "$XVFB_FBDIR/display" ] || ! kill -0 "$XVFB_PID" 2>/dev/null
+}
+
+xvfb_stop_server() {
     if [ -n "$XVFB_PID" ]; then
         kill "$XVFB_PID" 2>/dev/null || true
         wait "$XVFB_PID" 2>/dev/null || true
         XVFB_PID=""
     fi
+    if [ -n "$XVFB_LOCK" ]; then
+        rm -f "$XVFB_LOCK"
+        XVFB_LOCK=""
+LISTEN_QCOP_PID=""
+LISTEN_SED_PID=""
+LISTEN_FD=""
+    fi
+}
+
+xvfb_stop() {
+    xvfb_stop_server
     if [ -n "$XVFB_FBDIR" ]; then
         rm -rf "$XVFB_FBDIR"
         XVFB_FBDIR=""
     fi
 }
 
+wait_until() {
+    local deadline=$((SECONDS + $1))
+    shift
+    until "$@"; do
+        if [ "$SECONDS" -ge "$deadline" ]; then
+            return 1
+        fi
+        sleep 0.1
+    done
+}
+
 x_windows() {
     DISPLAY="$XVFB_DISPLAY" xdotool search --onlyvisible --pid "$1" 2>/dev/null || true
 }
 
+x_shows_windows() {
+    local windows
+    windows="$(x_windows "$1")"
+    [ "$(grep -c . <<<"$windows")" -eq "$2" ] && [ "$(tail -n 1 <<<"$windows")" != "${3:-}" ]
+}
+
 x_wait_windows() {
-    local tries
-    for tries in $(seq 300); do
-        if [ "$(x_windows "$1" | wc -l)" -eq "$2" ]; then
-            return 0
-        fi
-        sleep 0.1
-    done
-    echo "the recorder did not show $2 window(s)" >&2
-    return 1
+    if ! wait_until "$X_STEP_SECONDS" x_shows_windows "$@"; then
+        echo "the recorder did not show $2 window(s)" >&2
+        return 1
+    fi
 }
 
 x_press() {
@@ -81,6 +127,83 @@ x_press() {
         DISPLAY="$XVFB_DISPLAY" xdotool key "$2"
 }
 
+# the screen as a picture, cut to W x H at X, Y
+x_cut() {
+    xwdtopnm "$XVFB_FBDIR/Xvfb_screen0" 2>/dev/null | pamcut "$@"
+}
+
 x_grab() {
-    xwdtopnm "$XVFB_FBDIR/Xvfb_screen0" 2>/dev/null | pamcut 0 0 256 64 | pnmtopng >"$1"
+    x_cut 0 0 256 64 | pnmtopng >"$1"
+}
+
+x_lit() {
+    x_cut "$1" "$2" 1 1 | pnmtoplainpnm | tail -n 1 | awk '{ exit !($1 > 128) }'
+}
+
+x_dark() {
+    ! x_lit "$@"
+}
+
+x_wait_pixel() {
+    if ! wait_until "$X_STEP_SECONDS" "x_$1" "$2" "$3"; then
+        echo "the screen's pixel at $2, $3 did not turn $1" >&2
+        return 1
+    fi
+}
+
+# The clock is counted by its pictures: each second shows a new one. A picture counts once it
+# is read twice in a row, so that one caught half drawn is not taken for a second.
+x_wait_clock() {
+    local deadline=$((SECONDS + X_STEP_SECONDS + 5 * $1)) seen="" last="" now
+    while [ "$SECONDS" -lt "$deadline" ]; do
+        now="$(x_cut 186 22 70 24 | md5sum)"
+        if [ "$now" = "$last" ] && ! grep -qxF "$now" <<<"$seen"; then
+            seen+="$now"$'\n'
+            # the first picture is the time the wait began at
+            if [ "$(grep -c . <<<"$seen")" -gt "$1" ]; then
+                return 0
+            fi
+        fi
+        last="$now"
+        sleep 0.1
+    done
+    echo "the recorder's clock did not go on by $1 s" >&2
+    return 1
+}
+
+# qcop writes into sed through a pipe that only these two hold, so that sed ends once qcop has.
+listen_to_shell() {
+    local said failed=0
+    said="$(mktemp)"
+    exec {LISTEN_FD}> >(exec sed -u 's/^/shell: /')
+    LISTEN_SED_PID=$!
+    "$1" listen mainprocess 1>&"$LISTEN_FD" 2>"$said" &
+    LISTEN_QCOP_PID=$!
+    wait_until "$X_STEP_SECONDS" grep -q "qcop: listening" "$said" || failed=1
+    rm -f "$said"
+    if [ "$failed" -ne 0 ]; then
+        echo "qcop does not listen" >&2
+    fi
+    return "$failed"
+}
+
+listen_sed_ended() {
+    ! kill -0 "$LISTEN_SED_PID" 2>/dev/null
+}
+
+listen_stop() {
+    if [ -n "$LISTEN_QCOP_PID" ]; then
+        kill "$LISTEN_QCOP_PID" 2>/dev/null || true
+        wait "$LISTEN_QCOP_PID" 2>/dev/null || true
+        LISTEN_QCOP_PID=""
+    fi
+    if [ -n "$LISTEN_FD" ]; then
+        exec {LISTEN_FD}>&-
+        LISTEN_FD=""
+    fi
+    if [ -n "$LISTEN_SED_PID" ]; then
+        wait_until 5 listen_sed_ended || kill "$LISTEN_SED_PID" 2>/dev/null || true
+        wait "$LISTEN_SED_PID" 2>/dev/null || true
+        LISTEN_SED_PID=""
+    fi
 }

@@ -400,6 +400,11 @@ void TestRecordMainWnd::shellCommands_data()
                                          << true << "ESC(QString) escpressed";
     QTest::newRow("stoponly-while-recording") << "execute(QString)" << QByteArray("stoponly")
                                               << true << true << "ESC(QString) escpressed";
+    QTest::newRow("stop-with-terminating-zero")
+        << "execute(QString)" << QByteArray("stop", 5) << true << true << QString();
+    QTest::newRow("stoponly-with-terminating-zero")
+        << "execute(QString)" << QByteArray("stoponly", 9) << true << true
+        << "ESC(QString) escpressed";
 }
 
 void TestRecordMainWnd::shellCommands()

@@ -8,28 +8,45 @@
 
 XServer::~XServer()
 {
-    // asked politely first, so that the server takes its lock file and socket away
+    stop();
+}
+
+void XServer::stop()
+{
+    // asked politely first, so that the server takes its socket away
     m_xvfb.terminate();
     if (!m_xvfb.waitForFinished(5000)) {
         m_xvfb.kill();
         m_xvfb.waitForFinished(5000);
     }
+    if (!m_lockFile.isEmpty())
+        QFile::remove(m_lockFile);
+    m_lockFile.clear();
 }
 
 bool XServer::start()
 {
-    // A display of our own, well away from a person's :0 and from other tests' servers: with
-    // -displayfd alone Xvfb takes the lowest free number and leaves no lock file, so servers
-    // started side by side could take each other's socket.
+    // A display of our own, well away from a person's :0. Xvfb started with -displayfd takes no
+    // lock file, so the number is claimed here the way X servers do it (a lock file made only if
+    // none exists, holding a live pid); a server without a lock on it still holds its socket and
+    // makes ours fail to start, and the next number is tried.
     for (int display = 200 + int(getpid() % 300); display < 600; ++display) {
-        const QString socket = QStringLiteral("/tmp/.X11-unix/X%1").arg(display);
-        if (QFile::exists(socket) || QFile::exists(QStringLiteral("/tmp/.X%1-lock").arg(display)))
+        if (QFile::exists(QStringLiteral("/tmp/.X11-unix/X%1").arg(display)))
             continue;
+        QFile lock(QStringLiteral("/tmp/.X%1-lock").arg(display));
+        if (!lock.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+            continue;
+        lock.write(QByteArray::number(qint64(getpid())).rightJustified(10, ' ') + '\n');
+        lock.close();
+        m_lockFile = lock.fileName();
         m_xvfb.setStandardErrorFile(QProcess::nullDevice());
-        // -displayfd: the number is written once the server takes connections
+        // -displayfd: the number is written once the server takes connections. -noreset: by
+        // default the server resets when its last client leaves (the probe below, or xdotool
+        // looking for windows before the recorder has any) and drops a client that connected
+        // meanwhile: "could not connect to display" on a busy machine.
         m_xvfb.start(QStringLiteral("Xvfb"),
-                     {QStringLiteral(":%1").arg(display), "-displayfd", "1", "-screen", "0",
-                      "640x480x24", "-nolisten", "tcp", "-fbdir", m_frameBuffer.path()});
+                     {QStringLiteral(":%1").arg(display), "-displayfd", "1", "-noreset", "-screen",
+                      "0", "640x480x24", "-nolisten", "tcp", "-fbdir", m_frameBuffer.path()});
         const QDeadlineTimer deadline(30000);
         QByteArray announced;
         while (!announced.contains('\n') && m_xvfb.waitForReadyRead(int(deadline.remainingTime())))
@@ -40,9 +57,7 @@ bool XServer::start()
             run({QStringLiteral("xdpyinfo")}, &answers);
         if (answers)
             return true;
-        // taken meanwhile by another server: try the next number
-        m_xvfb.kill();
-        m_xvfb.waitForFinished(5000);
+        stop();
     }
     return false;
 }

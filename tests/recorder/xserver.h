@@ -24,8 +24,10 @@ public:
 
 private:
     QByteArray run(const QStringList &command, bool *ok = nullptr) const;
+    void stop();
 
     QTemporaryDir m_frameBuffer;
     QProcess m_xvfb;
     QString m_display;
+    QString m_lockFile;
 };
