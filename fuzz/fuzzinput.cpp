@@ -25,7 +25,7 @@ QByteArray fuzzDeviceFile(const char *devicePath, const uint8_t *data, size_t si
                                                  static_cast<int>(size)));
     // every input gets a modification time of its own: QSettings keeps a parsed file as long as
     // its size and time are unchanged, and two inputs of one size can come within a clock tick
-    const QByteArray path = QFile::encodeName(root.path(name));
+    QByteArray path = QFile::encodeName(root.path(name));
     ++written;
     const timespec times[2] = {{written, 0}, {written, 0}};
     utimensat(AT_FDCWD, path.constData(), times, 0);

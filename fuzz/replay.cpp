@@ -11,7 +11,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
 
 // libFuzzer's limit for a single allocation, so that an input kept for asking too much fails here
 // too (under AddressSanitizer)
-extern "C" const char *__asan_default_options()
+extern "C" const char *__asan_default_options() // NOLINT(bugprone-reserved-identifier)
 {
     return "max_allocation_size_mb=2048";
 }
