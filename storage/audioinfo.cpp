@@ -75,6 +75,75 @@ bool frameText(const id3_tag *tag, const char *id, char *field, size_t width)
     return true;
 }
 
+unsigned long syncsafe32(const unsigned char *p)
+{
+    return (static_cast<unsigned long>(p[0] & 0x7f) << 21) |
+           (static_cast<unsigned long>(p[1] & 0x7f) << 14) |
+           (static_cast<unsigned long>(p[2] & 0x7f) << 7) | static_cast<unsigned long>(p[3] & 0x7f);
+}
+
+// The decoded sizes that the compressed frames of an ID3v2.3/2.4 tag claim, summed. libid3tag
+// allocates a frame's claimed size (up to 4 GiB) before it inflates the frame.
+unsigned long long inflatedSize(const unsigned char *tag, size_t size)
+{
+    if (size < 10 || std::memcmp(tag, "ID3", 3) != 0 || (tag[3] != 3 && tag[3] != 4))
+        return 0;
+    const int major = tag[3];
+    const unsigned char *p = tag + 10;
+    const unsigned char *end = tag + size;
+    std::vector<unsigned char> plain;
+    if (major == 3 && (tag[5] & 0x80)) {
+        // a 2.3 tag unsynchronised as a whole: FF 00 stands for FF
+        for (const unsigned char *q = p; q < end; ++q) {
+            plain.push_back(*q);
+            if (*q == 0xff && q + 1 < end && q[1] == 0)
+                ++q;
+        }
+        p = plain.data();
+        end = p + plain.size();
+    }
+    if (tag[5] & 0x40) {
+        if (end - p < 4)
+            return 0;
+        const unsigned long extended = major == 3 ? 4 + bigEndian32(p) : syncsafe32(p);
+        if (extended > static_cast<size_t>(end - p))
+            return 0;
+        p += extended;
+    }
+    unsigned long long total = 0;
+    while (end - p >= 10 && p[0] != 0) {
+        const unsigned long frameSize = major == 3 ? bigEndian32(p + 4) : syncsafe32(p + 4);
+        const unsigned char flags = p[9];
+        const unsigned char *data = p + 10;
+        if (major == 3 && (flags & 0x80) && end - data >= 4) {
+            total += bigEndian32(data);
+        } else if (major == 4 && (flags & 0x08) && (flags & 0x01)) {
+            // grouping and encryption bytes come before the data length
+            const long skip = ((flags & 0x40) ? 1 : 0) + ((flags & 0x04) ? 1 : 0);
+            if (end - data >= skip + 4)
+                total += syncsafe32(data + skip);
+        }
+        if (frameSize > static_cast<size_t>(end - data))
+            break;
+        p = data + frameSize;
+    }
+    return total;
+}
+
+// the ID3 tag at the start of data, if there is one; a tag whose frames would inflate to more
+// than a recording's texts can need is not read
+id3_tag *parseTag(const unsigned char *data, size_t size)
+{
+    const unsigned long long maxInflated = 1 << 20;
+    if (size < ID3_TAG_QUERYSIZE)
+        return nullptr;
+    const long tagSize = id3_tag_query(data, size);
+    if (tagSize <= 0 || static_cast<size_t>(tagSize) > size ||
+        inflatedSize(data, static_cast<size_t>(tagSize)) > maxInflated)
+        return nullptr;
+    return id3_tag_parse(data, static_cast<id3_length_t>(tagSize));
+}
+
 } // namespace
 
 Mp3FrameScan scanMp3Frames(const unsigned char *data, size_t size)
@@ -175,17 +244,9 @@ int scan(const unsigned char *data, size_t size, audioinfo *info)
 int get_id3(const unsigned char *head, size_t headSize, const unsigned char *tail, size_t tailSize,
             audioinfo *info)
 {
-    id3_tag *tag = nullptr;
-    if (headSize >= ID3_TAG_QUERYSIZE) {
-        const long size = id3_tag_query(head, headSize);
-        if (size > 0 && static_cast<size_t>(size) <= headSize)
-            tag = id3_tag_parse(head, static_cast<id3_length_t>(size));
-    }
-    if (!tag && tail && tailSize >= ID3_TAG_QUERYSIZE) {
-        const long size = id3_tag_query(tail, tailSize);
-        if (size > 0 && static_cast<size_t>(size) <= tailSize)
-            tag = id3_tag_parse(tail, static_cast<id3_length_t>(size));
-    }
+    id3_tag *tag = parseTag(head, headSize);
+    if (!tag && tail)
+        tag = parseTag(tail, tailSize);
     if (!tag)
         return -1;
     info->isid3tag = true;
