@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tiedprocess.h"
+
 #include <QProcess>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -27,7 +29,7 @@ private:
     void stop();
 
     QTemporaryDir m_frameBuffer;
-    QProcess m_xvfb;
+    TiedProcess m_xvfb;
     QString m_display;
     QString m_lockFile;
 };

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QByteArray>
+#include "tiedprocess.h"
+
 #include <QProcess>
 #include <QString>
 
@@ -32,7 +34,7 @@ public:
 private:
     void drain();
 
-    QProcess m_process;
+    TiedProcess m_process;
     QStringList m_wrapper;
     QProcessEnvironment m_env;
     QByteArray m_err;
