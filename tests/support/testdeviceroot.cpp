@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 
 TestDeviceRoot::TestDeviceRoot()
     : m_oldRoot(qgetenv("RECORDER_ROOT")), m_oldPath(qgetenv("PATH")),
@@ -46,6 +47,11 @@ QByteArray TestDeviceRoot::readFile(const QString &devicePath) const
 bool TestDeviceRoot::exists(const QString &devicePath) const
 {
     return QFileInfo::exists(path(devicePath));
+}
+
+bool TestDeviceRoot::installEngines() const
+{
+    return QProcess::execute(QStringLiteral(DEVSIM_SOURCE_DIR "/engineres"), {root()}) == 0;
 }
 
 QStringList TestDeviceRoot::amixerCalls() const
