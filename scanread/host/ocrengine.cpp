@@ -10,21 +10,21 @@
 
 namespace {
 
-const char *modelsOf(int engineNumber)
+constexpr int minimumConfidence = 50;
+
+QList<QByteArray> modelsOf(int engineNumber)
 {
     switch (engineNumber) {
     case 1:
-        return "chi_sim";
+        return {"chi_sim"};
     case 2:
-        // one line may be in any of the table's Latin-script languages; English first so that
-        // its model settles ties
-        return "eng+deu+fra+ita+spa";
+        return {"eng", "deu", "fra", "ita", "spa"};
     case 3:
-        return "rus";
+        return {"rus"};
     case 4:
-        return "chi_tra";
+        return {"chi_tra"};
     default:
-        return nullptr;
+        return {};
     }
 }
 
@@ -36,52 +36,59 @@ OcrEngine::OcrEngine(const QString &resourceDir)
 {
 }
 
-OcrEngine::~OcrEngine()
-{
-    if (m_api)
-        m_api->End();
-}
+OcrEngine::~OcrEngine() = default;
 
-QByteArray OcrEngine::modelNames(const int *languages)
+QList<QByteArray> OcrEngine::modelNames(const int *languages)
 {
-    QByteArray names;
+    QList<QByteArray> names;
     for (const int *entry = languages; entry && *entry != -1; ++entry) {
-        const char *models = modelsOf(*entry);
-        if (!models)
-            return QByteArray();
-        if (!names.isEmpty())
-            names += '+';
-        names += models;
+        const QList<QByteArray> models = modelsOf(*entry);
+        if (models.isEmpty())
+            return {};
+        for (const QByteArray &model : models)
+            if (!names.contains(model))
+                names.append(model);
     }
     return names;
 }
 
 int OcrEngine::setActiveLanguages(const int *languages)
 {
-    const QByteArray models = modelNames(languages);
-    if (models.isEmpty()) {
+    const QList<QByteArray> names = modelNames(languages);
+    if (names.isEmpty()) {
         LOGW("no OCR model for these languages");
         return -1;
     }
-    auto api = std::make_unique<tesseract::TessBaseAPI>();
-    if (api->Init(m_dataPath.constData(), models.constData(), tesseract::OEM_LSTM_ONLY) != 0) {
-        LOGW("cannot load the OCR models %s from %s", models.constData(), m_dataPath.constData());
-        return -1;
+    std::vector<std::unique_ptr<tesseract::TessBaseAPI>> models;
+    for (const QByteArray &name : names) {
+        auto api = std::make_unique<tesseract::TessBaseAPI>();
+        if (api->Init(m_dataPath.constData(), name.constData(), tesseract::OEM_LSTM_ONLY) != 0) {
+            LOGW("cannot load the OCR model %s from %s", name.constData(), m_dataPath.constData());
+            return -1;
+        }
+        // the pen delivers exactly one line of text per scan
+        api->SetPageSegMode(tesseract::PSM_SINGLE_LINE);
+        models.push_back(std::move(api));
     }
-    // the pen delivers exactly one line of text per scan
-    api->SetPageSegMode(tesseract::PSM_SINGLE_LINE);
-    if (m_api)
-        m_api->End();
-    m_api = std::move(api);
+    m_models = std::move(models);
     return 0;
 }
 
 int OcrEngine::recognize(const unsigned char *image, int width, int height, QString &text)
 {
-    if (!m_api || !image || width <= 0 || height <= 0)
+    if (m_models.empty() || !image || width <= 0 || height <= 0)
         return -1;
-    m_api->SetImage(image, width, height, 1, width);
-    const std::unique_ptr<char[]> utf8(m_api->GetUTF8Text());
-    text = QString::fromUtf8(utf8.get()).trimmed();
+    // a scan of blank paper makes the models guess a letter or two, with no confidence at all
+    int bestConfidence = minimumConfidence - 1;
+    text.clear();
+    for (const auto &model : m_models) {
+        model->SetImage(image, width, height, 1, width);
+        const std::unique_ptr<char[]> utf8(model->GetUTF8Text());
+        const int confidence = model->MeanTextConf();
+        if (confidence > bestConfidence) {
+            bestConfidence = confidence;
+            text = QString::fromUtf8(utf8.get()).trimmed();
+        }
+    }
     return 0;
 }

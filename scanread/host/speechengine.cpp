@@ -63,6 +63,7 @@ int SpeechEngine::initialize(const QString &dataDir)
         return -1;
     }
     espeak_SetSynthCallback(&SpeechEngine::synthesised);
+    m_voiceLanguage = 0;
     m_initialized = true;
     return 0;
 }
@@ -92,7 +93,10 @@ int SpeechEngine::play(const unsigned short *text, int units)
     if (!m_initialized || !text || units < 0)
         return -1;
     m_stop = false;
-    espeak_SetVoiceByName(voiceFor(m_language));
+    // loading a voice takes a while: only when it changed
+    const int language = m_language;
+    if (language != m_voiceLanguage && espeak_SetVoiceByName(voiceFor(language)) == EE_OK)
+        m_voiceLanguage = language;
     espeak_SetParameter(espeakRATE, rateFor(m_speed), 0);
     // espeak-ng's 100 is its normal level, which is our full volume
     espeak_SetParameter(espeakVOLUME, std::clamp(int(m_volume), 0, 100), 0);

@@ -60,6 +60,7 @@ private:
 
     // state of the play in progress, touched by its thread only
     AudioSink *m_sink = nullptr;
+    int m_voiceLanguage = 0;
     QVector<int> m_utf16Index; // code unit of each character handed to the synthesiser
     bool m_haveWord = false;
     Word m_word{0, 0};
