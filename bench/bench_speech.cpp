@@ -27,7 +27,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 const char16_t sentence[] = u"The quick brown fox jumps over the lazy dog.";
-constexpr int rounds = 9;
+constexpr int rounds = 15;
 
 void quiet(QtMsgType, const QMessageLogContext &, const QString &) {}
 
@@ -155,7 +155,7 @@ int main(int argc, char **argv)
         return 1;
     std::vector<double> oursRuns;
     std::vector<double> floorRuns;
-    for (int run = 0; run < 5; ++run) {
+    for (int run = 0; run < 7; ++run) {
         oursRuns.push_back(measured(argv[0], "--ours"));
         floorRuns.push_back(measured(argv[0], "--bare"));
     }

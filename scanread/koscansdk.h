@@ -41,9 +41,9 @@ int KOSCAN_OCR_FreeEngine(void *handle);
 // Samples of the speech engine's audio: 16-bit mono at this rate.
 enum { KOSCAN_TTS_SAMPLE_RATE = 22050 };
 
-// Progress of KOSCAN_TTS_Play, once per word as its audio starts to play, on the thread that
-// called Play: the word's position and length in UTF-16 code units of the text given to Play, and
-// the position of its first sample in the audio of this Play.
+// Progress of KOSCAN_TTS_Play, once per word in the order spoken, on the thread that called Play,
+// as the word's last sample is played: the word's position and length in UTF-16 code units of
+// the text given to Play, and the samples of this Play's audio up to the end of the word.
 typedef void (*KOSCAN_TTS_ProgressCallBack)(void *context, int textPosition, int textLength,
                                             int pcmPosition);
 

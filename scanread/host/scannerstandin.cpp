@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QImage>
 
 #include <vector>
@@ -76,14 +77,25 @@ void ScannerStandIn::wake()
 
 void ScannerStandIn::run()
 {
+    // what lies in the folder already is complete; later files once written or moved in
+    m_complete.clear();
+    for (const QString &name : QDir(m_folder).entryList(QDir::Files))
+        m_complete.insert(name);
     pollfd fds[2] = {{m_inotify.get(), POLLIN, 0}, {m_wake.get(), POLLIN, 0}};
-    char events[4096];
+    alignas(inotify_event) char events[4096];
     while (!m_quit) {
         deliverWaiting();
         if (poll(fds, 2, -1) < 0 && errno != EINTR)
             break;
-        // only the wake-up matters, not what it says: the folder itself is the queue
-        while (read(m_inotify.get(), events, sizeof events) > 0) {
+        ssize_t got;
+        while ((got = read(m_inotify.get(), events, sizeof events)) > 0) {
+            for (ssize_t at = 0; at < got;) {
+                const auto *event = reinterpret_cast<const inotify_event *>(events + at);
+                const QString name = QFile::decodeName(event->len ? event->name : "");
+                if (!name.isEmpty() && !name.startsWith(QLatin1Char('.')))
+                    m_complete.insert(name);
+                at += ssize_t(sizeof(inotify_event) + event->len);
+            }
         }
         uint64_t count = 0;
         while (read(m_wake.get(), &count, sizeof count) > 0) {
@@ -93,8 +105,9 @@ void ScannerStandIn::run()
 
 void ScannerStandIn::deliverWaiting()
 {
-    const QStringList names = QDir(m_folder).entryList(QDir::Files, QDir::Name);
-    for (const QString &name : names) {
+    QStringList names(m_complete.begin(), m_complete.end());
+    names.sort();
+    for (const QString &name : qAsConst(names)) {
         if (m_quit || m_held)
             return;
         {
@@ -102,12 +115,15 @@ void ScannerStandIn::deliverWaiting()
             if (!m_callback)
                 return;
         }
+        m_complete.remove(name);
         deliver(m_folder + QLatin1Char('/') + name);
     }
 }
 
 void ScannerStandIn::deliver(const QString &path)
 {
+    if (!QFileInfo(path).isFile())
+        return;
     const QImage image(path);
     if (image.isNull()) {
         LOGW("scanner: %s is not an image, skipped", qPrintable(path));

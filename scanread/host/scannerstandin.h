@@ -3,6 +3,7 @@
 #include "koscansdk.h"
 #include "uniquefd.h"
 
+#include <QSet>
 #include <QString>
 
 #include <atomic>
@@ -11,8 +12,9 @@
 
 // The pen's scanner on a PC: a thread that watches a folder of the device root and delivers each
 // image dropped there (PNG or PGM; other files are skipped) as one scanned line of 8-bit grey
-// through the registered callback, then removes the file. Names starting with "." are left alone,
-// so a file can be written under such a name and renamed into place.
+// through the registered callback, then removes the file. A file counts once it has been written
+// and closed or moved in; names starting with "." are left alone, so a file can also be written
+// under such a name and renamed into place.
 class ScannerStandIn
 {
 public:
@@ -39,6 +41,7 @@ private:
     void deliver(const QString &path);
 
     QString m_folder;
+    QSet<QString> m_complete; // names written whole, not yet delivered; the thread's own
     UniqueFd m_inotify;
     UniqueFd m_wake;
     std::thread m_thread;
