@@ -4,6 +4,17 @@
 
 #include <QDebug>
 
+namespace {
+
+// logs success or failure of an engine call and passes its result on
+int reported(int result, const char *success, const char *failure)
+{
+    qDebug() << (result == 0 ? success : failure);
+    return result;
+}
+
+} // namespace
+
 TTSPlayer *TTSPlayer::player = nullptr;
 MyEdit *TTSPlayer::editScan = nullptr;
 DictScanEdit *TTSPlayer::editDict = nullptr;
@@ -22,11 +33,7 @@ int TTSPlayer::init(int /*unused*/)
     char *paths[] = {speechData, dictionaries};
     const int result = KOSCAN_TTS_Initialize(paths, 2, 80);
     qDebug() << "KOSCAN_TTS_Initialize return is " << result;
-    if (result == 0)
-        qDebug() << "TTS_Initialize success";
-    else
-        qDebug() << "TTS_Initialize failed";
-    return result;
+    return reported(result, "TTS_Initialize success", "TTS_Initialize failed");
 }
 
 int TTSPlayer::setLan(int language)
@@ -54,22 +61,14 @@ int TTSPlayer::setSpeed(int speed)
 {
     qDebug() << "in TTSPlayer::setSpeed" << speed;
     const int result = KOSCAN_TTS_SetSpeed(speed);
-    if (result == 0)
-        qDebug() << "SetSpeed success";
-    else
-        qDebug() << "SetSpeed failed";
-    return result;
+    return reported(result, "SetSpeed success", "SetSpeed failed");
 }
 
 int TTSPlayer::setVolume(int volume)
 {
     qDebug() << "##########in TTSPlayer::setVolume---" << volume;
     const int result = KOSCAN_TTS_SetVolume(volume);
-    if (result == 0)
-        qDebug() << "SetVolume success";
-    else
-        qDebug() << "SetVolume failed";
-    return result;
+    return reported(result, "SetVolume success", "SetVolume failed");
 }
 
 void TTSPlayer::quitFun()
