@@ -108,6 +108,8 @@ std::vector<double> timeBare()
     std::vector<double> times;
     for (int round = 0; round <= rounds; ++round) {
         bareStop = false;
+        espeak_SetParameter(espeakRATE, espeakRATE_NORMAL, 0);
+        espeak_SetParameter(espeakVOLUME, 100, 0);
         const double took = timeToFirstSample(
             wavPath(),
             [&] {

@@ -11,6 +11,7 @@
 namespace {
 
 constexpr int minimumConfidence = 50;
+constexpr int shortestSure = 3;
 
 QList<QByteArray> modelsOf(int engineNumber)
 {
@@ -78,16 +79,20 @@ int OcrEngine::recognize(const unsigned char *image, int width, int height, QStr
 {
     if (m_models.empty() || !image || width <= 0 || height <= 0)
         return -1;
-    // a scan of blank paper makes the models guess a letter or two, with no confidence at all
+    // a scan of blank paper makes the models guess a letter or two, with no confidence at all;
+    // the confidence costs another pass over the results, so it is only asked for when models
+    // compete or the reading is as short as such a guess
     int bestConfidence = minimumConfidence - 1;
     text.clear();
     for (const auto &model : m_models) {
         model->SetImage(image, width, height, 1, width);
         const std::unique_ptr<char[]> utf8(model->GetUTF8Text());
-        const int confidence = model->MeanTextConf();
+        QString reading = QString::fromUtf8(utf8.get()).trimmed();
+        const bool ask = m_models.size() > 1 || reading.size() <= shortestSure;
+        const int confidence = ask ? model->MeanTextConf() : minimumConfidence;
         if (confidence > bestConfidence) {
             bestConfidence = confidence;
-            text = QString::fromUtf8(utf8.get()).trimmed();
+            text = std::move(reading);
         }
     }
     return 0;
