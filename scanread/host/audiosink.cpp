@@ -120,9 +120,16 @@ void AudioSink::drain()
         waitForRealTime(m_startNanos + m_written * nanosPerSecond / m_rate);
         return;
     }
+    // speech shorter than the buffer has not started playing yet
+    if (snd_pcm_state(m_pcm) == SND_PCM_STATE_PREPARED)
+        snd_pcm_start(m_pcm);
     snd_pcm_sframes_t delay = 0;
-    while (!m_stop && snd_pcm_delay(m_pcm, &delay) == 0 && delay > 0)
-        snd_pcm_wait(m_pcm, int(sliceNanos / 1000000));
+    while (!m_stop && snd_pcm_state(m_pcm) == SND_PCM_STATE_RUNNING &&
+           snd_pcm_delay(m_pcm, &delay) == 0 && delay > 0) {
+        // the buffer has room all the while it drains, so waiting for room would not wait
+        const timespec pause{0, long(sliceNanos)};
+        nanosleep(&pause, nullptr);
+    }
     snd_pcm_drop(m_pcm);
 }
 
