@@ -27,8 +27,10 @@ public:
     static void stopOnTermination();
     static bool stopRequested();
 
-private:
+    // whether the machine has a sound card at all (ALSA's card list)
     static bool soundCardPresent();
+
+private:
     bool openCapture();
     bool readCapture(int16_t *samples, int frames);
     void generate(int16_t *samples, int frames);

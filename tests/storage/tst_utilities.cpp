@@ -1,3 +1,4 @@
+#include "capturedoutput.h"
 #include "storage/audioinfo.h"
 #include "storage/devicepath.h"
 #include "storage/logsink.h"
@@ -16,19 +17,6 @@
 #include <unistd.h>
 
 namespace {
-
-// what fn writes to the descriptor fd
-template<typename Fn> QByteArray captured(int fd, Fn fn)
-{
-    QTemporaryFile file;
-    const int saved = dup(fd);
-    if (file.open() && dup2(file.handle(), fd) >= 0)
-        fn();
-    std::fflush(nullptr);
-    dup2(saved, fd);
-    close(saved);
-    return file.seek(0) ? file.readAll() : QByteArray();
-}
 
 // the three trace levels on consecutive lines; notes the kernel thread id, returns the first line
 int emitLines(long *tid)

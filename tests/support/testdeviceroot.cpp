@@ -5,6 +5,7 @@
 #include <QDir>
 #include <QFile>
 #include <QGuiApplication>
+#include <QProcess>
 
 #include <sys/stat.h>
 
@@ -64,6 +65,11 @@ QByteArray TestDeviceRoot::readFile(const QString &devicePath) const
 bool TestDeviceRoot::exists(const QString &devicePath) const
 {
     return QFileInfo::exists(path(devicePath));
+}
+
+bool TestDeviceRoot::installEngines() const
+{
+    return QProcess::execute(QStringLiteral(DEVSIM_SOURCE_DIR "/engineres"), {root()}) == 0;
 }
 
 QStringList TestDeviceRoot::amixerCalls() const

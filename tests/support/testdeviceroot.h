@@ -30,6 +30,10 @@ public:
     QByteArray readFile(const QString &devicePath) const;
     bool exists(const QString &devicePath) const;
 
+    // lays out the scan-and-read engines' resources (devsim/engineres): OCR models, speech
+    // data, the scanner stand-in's folder
+    bool installEngines() const;
+
     // command lines the amixer stand-in has received, oldest first
     QStringList amixerCalls() const;
 
