@@ -634,6 +634,11 @@ void playerWnd::keyReleaseEvent(QKeyEvent *event)
         endQuickSeek();
 }
 
+QString playerWnd::helpText() const
+{
+    return m_shownState == 1 ? tr("Press OK to Pause") : tr("Press OK to Play");
+}
+
 void playerWnd::mouseMoveEvent(QMouseEvent *) {}
 
 void playerWnd::paintEvent(QPaintEvent *)
@@ -648,11 +653,10 @@ void playerWnd::paintEvent(QPaintEvent *)
     if (m_shownState == 1) {
         painter.drawRect(pixelBox(QPoint(175, 33), QPoint(176, 39)));
         painter.drawRect(pixelBox(QPoint(180, 33), QPoint(181, 39)));
-        painter.drawText(QPoint(10, 55), tr("Press OK to Pause"));
     } else {
         painter.drawRect(pixelBox(QPoint(175, 33), QPoint(181, 39)));
-        painter.drawText(QPoint(10, 55), tr("Press OK to Play"));
     }
+    painter.drawText(QPoint(10, 55), helpText());
     painter.drawText(QPoint(190, 44), m_timeText);
 
     int end = 0;

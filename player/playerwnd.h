@@ -71,6 +71,9 @@ public:
     int quickSeekPosition() const { return m_quickSeekPos; }
     int quickSeekInterval() const;
     int volumePercent() const { return m_volumePercent; }
+    QString timeText() const { return m_timeText; }
+    // The hint under the bar: what OK does next.
+    QString helpText() const;
     ItemMenu *optionMenu() const { return m_optionMenu; }
     MplayerProcess *process() const { return m_process; }
 

@@ -1,5 +1,7 @@
 #include "playerfixture.h"
 
+#include "storage/configwidget.h"
+
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -10,6 +12,15 @@ PlayerFixture::PlayerFixture()
 {
     // no test makes a sound on a machine that has a sound card
     qputenv("DEVSIM_AUDIO", "null");
+    // the settings store of this root, not of an earlier test's
+    delete ConfigWidget::reader;
+    ConfigWidget::reader = nullptr;
+}
+
+PlayerFixture::~PlayerFixture()
+{
+    delete ConfigWidget::reader;
+    ConfigWidget::reader = nullptr;
 }
 
 QString PlayerFixture::makeSound(const QString &name, double seconds)
@@ -36,6 +47,21 @@ bool PlayerFixture::installScript(const QByteArray &body)
     return m_root.writeFile(QStringLiteral("/usr/bin/mplayer"), "#!/bin/sh\n" + body + "\n") &&
            QFile::setPermissions(m_root.path(QStringLiteral("/usr/bin/mplayer")),
                                  QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+bool PlayerFixture::installScriptedPlayer()
+{
+    return installScript("echo \"$3\" >> \"$RECORDER_ROOT/played\"\n"
+                         "case \"$3\" in *ends*) exit 0 ;; *fails*) exit 1 ;; esac\n"
+                         "while read -r cmd; do\n"
+                         "    echo \"$cmd\" >> \"$RECORDER_ROOT/commands\"\n"
+                         "    [ \"$cmd\" = quit ] && exit 0\n"
+                         "done");
+}
+
+QStringList PlayerFixture::lines(const QString &devicePath) const
+{
+    return QString::fromLocal8Bit(m_root.readFile(devicePath)).split('\n', Qt::SkipEmptyParts);
 }
 
 QList<qint64> childProcesses()

@@ -12,6 +12,7 @@ class PlayerFixture
 {
 public:
     PlayerFixture();
+    ~PlayerFixture();
 
     TestDeviceRoot &root() { return m_root; }
     // A sine tone of the given length at device path /mnt/mmc/e_Music/<name> (mp3 or wav by
@@ -21,6 +22,12 @@ public:
     bool installStandIn();
     // A shell script body in place of mplayer (for runs no real player can give on demand).
     bool installScript(const QByteArray &body);
+    // A scripted player: notes each file it is given in /played and each command in /commands;
+    // a file named *ends* ends at once (exit 0), one named *fails* exits with 1, any other runs
+    // until "quit".
+    bool installScriptedPlayer();
+    // The lines of a device file of the root.
+    QStringList lines(const QString &devicePath) const;
 
 private:
     TestDeviceRoot m_root;
