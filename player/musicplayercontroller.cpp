@@ -1,6 +1,7 @@
 #include "player/musicplayercontroller.h"
 
 #include "player/filemanager.h"
+#include "player/mplayerprocess.h"
 #include "player/playerwnd.h"
 #include "storage/configwidget.h"
 #include "storage/tracelog.h"
@@ -14,6 +15,8 @@ MusicPlayerController::MusicPlayerController(FileManager *files, playerWnd *wind
 {
     connect(window, &playerWnd::mplayerPlayFinished, this, &MusicPlayerController::playFinished);
     connect(window, &playerWnd::mplayerFinishedWithError, this, &MusicPlayerController::playFailed);
+    connect(window->process(), &MplayerProcess::receivedCurrentSec, this,
+            [this] { m_positionSeen = true; });
     window->installEventFilter(this);
 }
 
@@ -45,6 +48,7 @@ bool MusicPlayerController::playFrom(int index, int direction)
     m_index = found;
     m_direction = direction;
     m_stoppedByUser = false;
+    m_positionSeen = false;
     const QString path = m_files->filePath(found);
     LOGI("playing %d: %s", found, qPrintable(m_files->at(found)));
     m_window->startPlay(found, QFileInfo(path), FileManager::lengthText(path), 0, 0);
@@ -68,9 +72,9 @@ void MusicPlayerController::playFinished(int nextAction)
         playFrom(m_index + 1, 1);
         break;
     case 0:
-        // a run that never reached a position could not play its file (mplayer says so and
-        // exits as after a natural end)
-        if (m_window->currentPosition() <= 0) {
+        // a run without a single position could not play its file (mplayer says so and exits
+        // as after a natural end)
+        if (!m_positionSeen) {
             playFailed(0);
             break;
         }

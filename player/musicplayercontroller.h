@@ -43,4 +43,5 @@ private:
     int m_direction = 1;
     int m_failures = 0;
     bool m_stoppedByUser = false;
+    bool m_positionSeen = false;
 };

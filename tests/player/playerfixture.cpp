@@ -51,8 +51,12 @@ bool PlayerFixture::installScript(const QByteArray &body)
 
 bool PlayerFixture::installScriptedPlayer()
 {
-    return installScript("echo \"$3\" >> \"$RECORDER_ROOT/played\"\n"
-                         "case \"$3\" in *ends*) exit 0 ;; *fails*) exit 1 ;; esac\n"
+    return installScript("echo $$ >> \"$RECORDER_ROOT/pids\"\n"
+                         "echo \"$3\" >> \"$RECORDER_ROOT/played\"\n"
+                         "case \"$3\" in\n"
+                         "    *ends*) printf 'A:   1.0 (01.0) of 1.0 (01.0)\\n'; exit 0 ;;\n"
+                         "    *fails*) exit 1 ;;\n"
+                         "esac\n"
                          "while read -r cmd; do\n"
                          "    echo \"$cmd\" >> \"$RECORDER_ROOT/commands\"\n"
                          "    [ \"$cmd\" = quit ] && exit 0\n"

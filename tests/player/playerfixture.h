@@ -22,9 +22,9 @@ public:
     bool installStandIn();
     // A shell script body in place of mplayer (for runs no real player can give on demand).
     bool installScript(const QByteArray &body);
-    // A scripted player: notes each file it is given in /played and each command in /commands;
-    // a file named *ends* ends at once (exit 0), one named *fails* exits with 1, any other runs
-    // until "quit".
+    // A scripted player: notes its process id in /pids, each file it is given in /played and each
+    // command in /commands; a file named *ends* reports one position and ends (exit 0), one named
+    // *fails* exits with 1, any other runs until "quit".
     bool installScriptedPlayer();
     // The lines of a device file of the root.
     QStringList lines(const QString &devicePath) const;
