@@ -55,6 +55,21 @@ QRegExp rx_clip_software = pattern("^ software: (.*)", Qt::CaseInsensitive);
 QRegExp rx_stream_title = pattern("^.* StreamTitle='(.*)';");
 QRegExp rx_stream_title_and_url = pattern("^.* StreamTitle='(.*)';StreamUrl='(.*)';");
 
+// Capture 1 of rx_av read as a number: the run of [0-9,:.-] at from. Read in place, since this
+// runs for every status line and building the capture list costs more than the match itself.
+double statusSeconds(const QString &line, int from)
+{
+    int end = from;
+    while (end < line.size()) {
+        const QChar c = line.at(end);
+        if ((c < QLatin1Char('0') || c > QLatin1Char('9')) && c != QLatin1Char(',') &&
+            c != QLatin1Char(':') && c != QLatin1Char('.') && c != QLatin1Char('-'))
+            break;
+        ++end;
+    }
+    return line.midRef(from, end - from).toDouble();
+}
+
 } // namespace
 
 MplayerProcess::MplayerProcess(QObject *parent) : MyProcess(parent)
@@ -91,7 +106,7 @@ void MplayerProcess::parseLine(QByteArray bytes)
     const QString line = QString::fromLocal8Bit(bytes);
 
     if (rx_av.indexIn(line) > -1) {
-        const double sec = rx_av.cap(1).toDouble();
+        const double sec = statusSeconds(line, rx_av.pos(1));
         if (!m_notifiedRunning) {
             LOGD("MplayerProcess::parseLine: starting sec: %f", sec);
             emit receivedStartingTime(sec);
@@ -100,7 +115,8 @@ void MplayerProcess::parseLine(QByteArray bytes)
             m_notifiedRunning = true;
         }
         emit receivedCurrentSec(sec);
-        if (rx_frame.indexIn(line) > -1)
+        // the frame pattern needs a "/" (video lines only): audio lines skip its slow search
+        if (line.contains(QLatin1Char('/')) && rx_frame.indexIn(line) > -1)
             emit receivedCurrentFrame(rx_frame.cap(1).toInt());
         return;
     }

@@ -77,7 +77,8 @@ int MyProcess::canReadLine(const QByteArray &data, int from)
 
 void MyProcess::genericRead(const QByteArray &chunk)
 {
-    const QByteArray data = m_remainder + chunk;
+    // most chunks start a line of their own: no copy then
+    const QByteArray data = m_remainder.isEmpty() ? chunk : m_remainder + chunk;
     int start = 0;
     int pos = canReadLine(data, 0);
     while (pos != -1) {
