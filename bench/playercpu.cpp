@@ -2,6 +2,7 @@
 // 70 s file. mplayer is a child process, so its work is not counted here (it is shown apart).
 
 #include "app/startup.h"
+#include "cpuseconds.h"
 #include "player/playerwnd.h"
 
 #include <QApplication>
@@ -14,19 +15,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <sys/resource.h>
-
-namespace {
-
-double cpuSeconds(int who)
-{
-    rusage usage{};
-    getrusage(who, &usage);
-    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-           double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
-
-} // namespace
 
 int main(int argc, char **argv)
 {

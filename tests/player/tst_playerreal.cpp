@@ -12,13 +12,24 @@ namespace {
 
 constexpr int runTimeout = 30000;
 
-// Starts the file and waits for the player's first position.
-bool startAndWaitForPosition(playerWnd &window, const QString &file, const QString &length)
+// A window in a device root of its own whose /usr/bin/mplayer is the stand-in.
+struct RealPlayer
 {
-    QSignalSpy positions(window.process(), &MplayerProcess::receivedCurrentSec);
-    window.startPlay(0, QFileInfo(file), length, 0, 0);
-    return positions.wait(runTimeout);
-}
+    RealPlayer() { installed = fixture.installStandIn(); }
+
+    // Makes a file of the given length, plays it and waits for the player's first position.
+    bool play(const QString &name, int seconds, const QString &length)
+    {
+        const QString file = fixture.makeSound(name, seconds);
+        QSignalSpy positions(window.process(), &MplayerProcess::receivedCurrentSec);
+        window.startPlay(0, QFileInfo(file), length, 0, 0);
+        return installed && !file.isEmpty() && positions.wait(runTimeout);
+    }
+
+    PlayerFixture fixture;
+    playerWnd window;
+    bool installed = false;
+};
 
 } // namespace
 
@@ -31,11 +42,9 @@ private slots:
 
     void pauseAndResume()
     {
-        PlayerFixture fixture;
-        QVERIFY(fixture.installStandIn());
-        const QString file = fixture.makeSound("long.mp3", 30);
-        playerWnd window;
-        QVERIFY(startAndWaitForPosition(window, file, "00:30"));
+        RealPlayer player;
+        playerWnd &window = player.window;
+        QVERIFY(player.play("long.mp3", 30, "00:30"));
         QCOMPARE(window.state(), playerWnd::Playing);
         QSignalSpy paused(window.process(), &MplayerProcess::receivedPause);
         QTest::keyClick(&window, Qt::Key_Return);
@@ -57,16 +66,14 @@ private slots:
     void naturalEnd()
     {
         QFETCH(QString, name);
-        PlayerFixture fixture;
-        QVERIFY(fixture.installStandIn());
-        const QString file = fixture.makeSound(name, 2);
-        playerWnd window;
+        RealPlayer player;
+        playerWnd &window = player.window;
         QStringList order;
         connect(window.process(), &MplayerProcess::processExited, [&] { order << "exited"; });
         connect(window.process(), &MplayerProcess::receivedEndOfFile, [&] { order << "eof"; });
         QSignalSpy finished(&window, &playerWnd::mplayerPlayFinished);
-        window.startPlay(0, QFileInfo(file), "00:02", 0, 0);
-        QVERIFY(finished.wait(runTimeout));
+        QVERIFY(player.play(name, 2, "00:02"));
+        QTRY_COMPARE_WITH_TIMEOUT(finished.count(), 1, runTimeout);
         QCOMPARE(order, QStringList({"exited", "eof"}));
         QCOMPARE(finished.at(0).at(0).toInt(), 0);
         QVERIFY(window.currentPosition() > 1.5);
@@ -75,13 +82,10 @@ private slots:
 
     void nextKey()
     {
-        PlayerFixture fixture;
-        QVERIFY(fixture.installStandIn());
-        const QString file = fixture.makeSound("long.mp3", 30);
-        playerWnd window;
-        QVERIFY(startAndWaitForPosition(window, file, "00:30"));
-        QSignalSpy finished(&window, &playerWnd::mplayerPlayFinished);
-        QTest::keyClick(&window, Qt::Key_F8);
+        RealPlayer player;
+        QVERIFY(player.play("long.mp3", 30, "00:30"));
+        QSignalSpy finished(&player.window, &playerWnd::mplayerPlayFinished);
+        QTest::keyClick(&player.window, Qt::Key_F8);
         QVERIFY(finished.wait(runTimeout));
         QCOMPARE(finished.at(0).at(0).toInt(), 1);
     }
@@ -89,19 +93,16 @@ private slots:
     // A user's stop swallows the one report of its run; the next run reports normally.
     void stopSwallowsOneReport()
     {
-        PlayerFixture fixture;
-        QVERIFY(fixture.installStandIn());
-        const QString longFile = fixture.makeSound("long.mp3", 30);
-        const QString shortFile = fixture.makeSound("short.mp3", 1);
-        playerWnd window;
+        RealPlayer player;
+        playerWnd &window = player.window;
         QSignalSpy finished(&window, &playerWnd::mplayerPlayFinished);
-        QVERIFY(startAndWaitForPosition(window, longFile, "00:30"));
+        QVERIFY(player.play("long.mp3", 30, "00:30"));
         window.stopPlay();
         QCOMPARE(window.state(), playerWnd::Stopped);
         // the queued end of the run has been handled once the shown state falls to none
         QTRY_COMPARE(window.shownState(), 0);
         QCOMPARE(finished.count(), 0);
-        window.startPlay(1, QFileInfo(shortFile), "00:01", 0, 0);
+        QVERIFY(player.play("short.mp3", 1, "00:01"));
         QVERIFY(finished.wait(runTimeout));
         QCOMPARE(finished.count(), 1);
         QCOMPARE(finished.at(0).at(0).toInt(), 0);
@@ -110,11 +111,9 @@ private slots:
     // F6 held to 50 % of a 70 s file: the player goes on from within a second of 35 s.
     void quickSeekToTheMiddle()
     {
-        PlayerFixture fixture;
-        QVERIFY(fixture.installStandIn());
-        const QString file = fixture.makeSound("seventy.mp3", 70);
-        playerWnd window;
-        QVERIFY(startAndWaitForPosition(window, file, "01:10"));
+        RealPlayer player;
+        playerWnd &window = player.window;
+        QVERIFY(player.play("seventy.mp3", 70, "01:10"));
         QTest::keyPress(&window, Qt::Key_F6);
         QTRY_VERIFY_WITH_TIMEOUT(window.quickSeekPosition() >= 50, runTimeout);
         const int percent = window.quickSeekPosition();
@@ -129,12 +128,12 @@ private slots:
     // position ever reported; the owner sees the end of a run that never played.
     void missingFile()
     {
-        PlayerFixture fixture;
-        QVERIFY(fixture.installStandIn());
-        playerWnd window;
+        RealPlayer player;
+        playerWnd &window = player.window;
         QSignalSpy finished(&window, &playerWnd::mplayerPlayFinished);
         QSignalSpy failed(&window, &playerWnd::mplayerFinishedWithError);
-        window.startPlay(0, QFileInfo(fixture.root().path("/mnt/mmc/gone.mp3")), "00:10", 0, 0);
+        window.startPlay(0, QFileInfo(player.fixture.root().path("/mnt/mmc/gone.mp3")), "00:10", 0,
+                         0);
         QTRY_VERIFY_WITH_TIMEOUT(finished.count() + failed.count() == 1, runTimeout);
         QCOMPARE(window.currentPosition(), 0.0);
         QCOMPARE(window.state(), playerWnd::Stopped);
@@ -147,7 +146,9 @@ private slots:
         QVERIFY(fixture.installStandIn());
         const QString file = fixture.makeSound("long.mp3", 30);
         auto *window = new playerWnd;
-        QVERIFY(startAndWaitForPosition(*window, file, "00:30"));
+        QSignalSpy positions(window->process(), &MplayerProcess::receivedCurrentSec);
+        window->startPlay(0, QFileInfo(file), "00:30", 0, 0);
+        QVERIFY(positions.wait(runTimeout));
         QCOMPARE(childProcesses().size(), 1);
         playerWnd::destory();
         QCOMPARE(playerWnd::instance(), nullptr);
