@@ -1,32 +1,20 @@
 // The recorder's own CPU use while it records: the capture engine supervising the simulated MP3
 // encoder for a minute. The encoder is a child process, so its work is not counted here.
 
+#include "cpuseconds.h"
 #include "recorder/recordthread.h"
 
 #include <QByteArray>
 #include <QDir>
 #include <QElapsedTimer>
-#include <QFileInfo>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
-#include <sys/resource.h>
 #include <thread>
-
-namespace {
-
-double cpuSeconds(int who)
-{
-    rusage usage{};
-    getrusage(who, &usage);
-    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-           double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
-
-} // namespace
 
 int main(int argc, char **argv)
 {

@@ -1,0 +1,86 @@
+#include "playerfixture.h"
+
+#include "storage/configwidget.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+
+#include <unistd.h>
+
+PlayerFixture::PlayerFixture()
+{
+    // no test makes a sound on a machine that has a sound card
+    qputenv("DEVSIM_AUDIO", "null");
+    // the settings store of this root, not of an earlier test's
+    delete ConfigWidget::reader;
+    ConfigWidget::reader = nullptr;
+}
+
+PlayerFixture::~PlayerFixture()
+{
+    delete ConfigWidget::reader;
+    ConfigWidget::reader = nullptr;
+}
+
+QString PlayerFixture::makeSound(const QString &name, double seconds)
+{
+    const QString path = m_root.path(QStringLiteral("/mnt/mmc/e_Music/") + name);
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    const int rc =
+        QProcess::execute(QStringLiteral("sox"), {"-n", "-r", "22050", "-c", "1", path, "synth",
+                                                  QString::number(seconds), "sine", "440"});
+    return rc == 0 && QFileInfo::exists(path) ? path : QString();
+}
+
+bool PlayerFixture::installStandIn()
+{
+    const QString target = m_root.path(QStringLiteral("/usr/bin/mplayer"));
+    QDir().mkpath(QFileInfo(target).absolutePath());
+    QFile::remove(target);
+    return QFile::copy(QStringLiteral(DEVSIM_SOURCE_DIR "/mplayer"), target) &&
+           QFile::setPermissions(target, QFile::ReadOwner | QFile::ExeOwner);
+}
+
+bool PlayerFixture::installScript(const QByteArray &body)
+{
+    return m_root.writeFile(QStringLiteral("/usr/bin/mplayer"), "#!/bin/sh\n" + body + "\n") &&
+           QFile::setPermissions(m_root.path(QStringLiteral("/usr/bin/mplayer")),
+                                 QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+bool PlayerFixture::installScriptedPlayer()
+{
+    return installScript("echo $$ >> \"$RECORDER_ROOT/pids\"\n"
+                         "echo \"$3\" >> \"$RECORDER_ROOT/played\"\n"
+                         "case \"$3\" in\n"
+                         "    *ends*) printf 'A:   1.0 (01.0) of 1.0 (01.0)\\n'; exit 0 ;;\n"
+                         "    *fails*) exit 1 ;;\n"
+                         "esac\n"
+                         "while read -r cmd; do\n"
+                         "    echo \"$cmd\" >> \"$RECORDER_ROOT/commands\"\n"
+                         "    [ \"$cmd\" = quit ] && exit 0\n"
+                         "done");
+}
+
+QStringList PlayerFixture::lines(const QString &devicePath) const
+{
+    return QString::fromLocal8Bit(m_root.readFile(devicePath)).split('\n', Qt::SkipEmptyParts);
+}
+
+QList<qint64> childProcesses()
+{
+    QList<qint64> children;
+    const QString me = QString::number(::getpid());
+    for (const QString &entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+        QFile stat(QStringLiteral("/proc/") + entry + QStringLiteral("/stat"));
+        if (!stat.open(QIODevice::ReadOnly))
+            continue;
+        // "pid (name) state ppid ...": the name may hold blanks, so count from its end
+        const QByteArray line = stat.readAll();
+        const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
+        if (fields.size() > 1 && fields.at(1) == me.toLatin1())
+            children << entry.toLongLong();
+    }
+    return children;
+}

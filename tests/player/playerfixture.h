@@ -1,0 +1,37 @@
+#pragma once
+
+#include "testdeviceroot.h"
+
+#include <QByteArray>
+#include <QString>
+
+// What the player tests share: sound files made with sox in the device root, the pen's
+// /usr/bin/mplayer (the device simulation's stand-in, or a small script that plays a part), and
+// a look at this process's children.
+class PlayerFixture
+{
+public:
+    PlayerFixture();
+    ~PlayerFixture();
+
+    TestDeviceRoot &root() { return m_root; }
+    // A sine tone of the given length at device path /mnt/mmc/e_Music/<name> (mp3 or wav by
+    // suffix); the real path, empty when sox failed.
+    QString makeSound(const QString &name, double seconds);
+    // The device simulation's stand-in, driving the host's mplayer with a null audio output.
+    bool installStandIn();
+    // A shell script body in place of mplayer (for runs no real player can give on demand).
+    bool installScript(const QByteArray &body);
+    // A scripted player: notes its process id in /pids, each file it is given in /played and each
+    // command in /commands; a file named *ends* reports one position and ends (exit 0), one named
+    // *fails* exits with 1, any other runs until "quit".
+    bool installScriptedPlayer();
+    // The lines of a device file of the root.
+    QStringList lines(const QString &devicePath) const;
+
+private:
+    TestDeviceRoot m_root;
+};
+
+// Process ids of this process's children that still exist (zombies included).
+QList<qint64> childProcesses();
