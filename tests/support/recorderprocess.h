@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QByteArray>
 #include "tiedprocess.h"
+#include <QByteArray>
 
 #include <QProcess>
 #include <QString>

@@ -86,7 +86,8 @@ bool TestDeviceRoot::installEncoders(const QString &standIn) const
 bool TestDeviceRoot::installLanguageTable() const
 {
     QFile::remove(path("/apps/config/scanlanguage.cfg"));
-    return QFile::copy(DEVSIM_SOURCE_DIR "/scanlanguage.cfg", path("/apps/config/scanlanguage.cfg"));
+    return QFile::copy(DEVSIM_SOURCE_DIR "/scanlanguage.cfg",
+                       path("/apps/config/scanlanguage.cfg"));
 }
 
 QStringList TestDeviceRoot::recordingList() const
