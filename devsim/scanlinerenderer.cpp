@@ -25,6 +25,8 @@ QImage renderScanLine(const QString &text, const ScanLineLook &look)
                                                      : QStringLiteral("DejaVu Sans"))
                                      : look.family);
     font.setPixelSize(look.pixelSize);
+    // a camera sees smooth edges, whatever the program's own screen font asks for
+    font.setStyleStrategy(QFont::PreferAntialias);
     const QFontMetrics metrics(font);
     const int margin = look.height / 2;
     const int width = metrics.horizontalAdvance(text) + 2 * margin;
