@@ -25,44 +25,40 @@ class TestQCopChannel : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
-    void channelObjectsHearOnlyTheirChannel();
-    void noSessionBus();
+    void initTestCase()
+    {
+        if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
+            QSKIP("needs a session bus (the suite runs every test under dbus-run-session)");
+    }
+
+    void channelObjectsHearOnlyTheirChannel()
+    {
+        QCopChannel shell(QStringLiteral("mainprocess"));
+        QCopChannel recorder(QStringLiteral("recorderprocess"));
+        QVERIFY(recorder.isListening());
+        QSignalSpy shellSpy(&shell, &QCopChannel::received);
+        QSignalSpy recorderSpy(&recorder, &QCopChannel::received);
+        QCopChannel::flush();
+        // from another process, then from this one
+        QCOMPARE(qcopSend({"recorderprocess", "execute(QString)", "stoponly"}), 0);
+        QVERIFY(QCopChannel::send(QStringLiteral("mainprocess"), QStringLiteral("Show(QString)"),
+                                  QByteArray("record")));
+        QTRY_COMPARE(shellSpy.count(), 1);
+        QTRY_COMPARE(recorderSpy.count(), 1);
+        QCOMPARE(recorderSpy.at(0).at(0).toString(), QStringLiteral("execute(QString)"));
+        // the data block is the bare bytes of the word: no length, no terminator
+        QCOMPARE(recorderSpy.at(0).at(1).toByteArray(), QByteArray("stoponly"));
+        QCOMPARE(shellSpy.at(0).at(1).toByteArray(), QByteArray("record"));
+    }
+
+    void noSessionBus()
+    {
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
+                   QStringLiteral("unix:path=/nonexistent/qcop-test-bus"));
+        QCOMPARE(qcopSend({"mainprocess", "Show(QString)", "record"}, env), 1);
+    }
 };
-
-void TestQCopChannel::initTestCase()
-{
-    if (qEnvironmentVariableIsEmpty("DBUS_SESSION_BUS_ADDRESS"))
-        QSKIP("needs a session bus (the suite runs every test under dbus-run-session)");
-}
-
-void TestQCopChannel::channelObjectsHearOnlyTheirChannel()
-{
-    QCopChannel shell(QStringLiteral("mainprocess"));
-    QCopChannel recorder(QStringLiteral("recorderprocess"));
-    QVERIFY(recorder.isListening());
-    QSignalSpy shellSpy(&shell, &QCopChannel::received);
-    QSignalSpy recorderSpy(&recorder, &QCopChannel::received);
-    QCopChannel::flush();
-    // from another process, then from this one
-    QCOMPARE(qcopSend({"recorderprocess", "execute(QString)", "stoponly"}), 0);
-    QVERIFY(QCopChannel::send(QStringLiteral("mainprocess"), QStringLiteral("Show(QString)"),
-                              QByteArray("record")));
-    QTRY_COMPARE(shellSpy.count(), 1);
-    QTRY_COMPARE(recorderSpy.count(), 1);
-    QCOMPARE(recorderSpy.at(0).at(0).toString(), QStringLiteral("execute(QString)"));
-    // the data block is the bare bytes of the word: no length, no terminator
-    QCOMPARE(recorderSpy.at(0).at(1).toByteArray(), QByteArray("stoponly"));
-    QCOMPARE(shellSpy.at(0).at(1).toByteArray(), QByteArray("record"));
-}
-
-void TestQCopChannel::noSessionBus()
-{
-    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
-    env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
-               QStringLiteral("unix:path=/nonexistent/qcop-test-bus"));
-    QCOMPARE(qcopSend({"mainprocess", "Show(QString)", "record"}, env), 1);
-}
 
 QTEST_GUILESS_MAIN(TestQCopChannel)
 #include "tst_qcopchannel.moc"

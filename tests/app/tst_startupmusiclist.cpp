@@ -3,6 +3,7 @@
 
 #include "app/qcopchannel.h"
 #include "recorderprocess.h"
+#include "shelllistener.h"
 #include "testdeviceroot.h"
 
 #include <QDir>
@@ -51,9 +52,7 @@ void TestStartupMusicList::fullCardListSurvivesStopAfterShow()
     }
     std::sort(expected.begin(), expected.end(), std::greater<QByteArray>());
 
-    QCopChannel shell(QStringLiteral("mainprocess"));
-    QSignalSpy received(&shell, &QCopChannel::received);
-    QCopChannel::flush();
+    const ShellListener shell;
     RecorderProcess recorder(root.root());
     // on one core, as on the pen: the scan then gets the core only once the window leaves it
     cpu_set_t before;
@@ -65,8 +64,8 @@ void TestStartupMusicList::fullCardListSurvivesStopAfterShow()
     const bool started = recorder.start();
     sched_setaffinity(0, sizeof before, &before);
     QVERIFY(started);
-    QTRY_VERIFY_WITH_TIMEOUT(!received.isEmpty(), 60000);
-    QCOMPARE(received.first().first().toString(), QStringLiteral("Show(QString)"));
+    QTRY_VERIFY_WITH_TIMEOUT(!shell.spy.isEmpty(), 60000);
+    QCOMPARE(shell.heard().first(), QStringLiteral("Show(QString) record"));
     // the shell may leave as soon as the window shows: the list must come out whole all the same
     QVERIFY(QCopChannel::send(QStringLiteral("recorderprocess"), QStringLiteral("execute(QString)"),
                               "stop"));

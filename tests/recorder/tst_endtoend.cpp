@@ -3,6 +3,7 @@
 // cases run in order on one card, each finding there what the one before recorded.
 
 #include "recorderprocess.h"
+#include "screenpixels.h"
 #include "storage/audioinfo.h"
 #include "testdeviceroot.h"
 #include "xserver.h"
@@ -39,50 +40,158 @@ QString commandLine(qint64 pid)
                                           : QString();
 }
 
-// state letter of /proc/<pid>/stat ('T' stopped by a signal), 0 when there is no such process
-char processState(qint64 pid)
-{
-    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
-    const QByteArray tail = stat.open(QIODevice::ReadOnly) ? stat.readAll().split(')').last() : "";
-    return tail.size() > 1 ? tail.at(1) : 0;
-}
-
-// The recording list as the program wrote it: FF FE, then UTF-16LE lines.
-QStringList listedRecordings(const TestDeviceRoot &root)
-{
-    const QByteArray bytes = root.readFile(QStringLiteral("/apps/config/reclist.ini"));
-    if (!bytes.startsWith("\xff\xfe"))
-        return {QStringLiteral("no byte-order mark")};
-    return QTextCodec::codecForName("UTF-16LE")
-        ->toUnicode(bytes.mid(2))
-        .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-}
-
-// White on black: a lit pixel is a drawn one. The separator runs the whole width at y = 20; the
-// pause symbol's bars fill (175, 33), a corner that the record dot's circle leaves dark.
-bool lit(const QImage &screen, int x, int y)
-{
-    return qGray(screen.pixel(x, y)) > 128;
-}
-
 } // namespace
 
 class TestEndToEnd : public QObject
 {
     Q_OBJECT
 private slots:
-    void initTestCase();
-    void cleanup();
-    void recordPauseResumeAndKeep();
-    void wavLowFromMenuThenShellStopsWhilePaused();
-    void killedRecorderTakesItsEncoderAlong();
+    void initTestCase()
+    {
+        for (const char *tool : {"Xvfb", "xdotool", "xwdtopnm"}) {
+            if (QStandardPaths::findExecutable(QLatin1String(tool)).isEmpty())
+                QSKIP(qPrintable(QStringLiteral("%1 is not installed (scripts/setup)").arg(tool)));
+        }
+        // an encoder whose recorder was killed comes to this process, which can then reap it
+        QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
+        QVERIFY2(m_x.start(), "no Xvfb could be started");
+        QCOMPARE(QProcess::execute("bash", {MKROOT, m_root.root(), BUILD_DIR}), 0);
+        m_shell.start(QStringLiteral(QCOP_BIN), {"listen", "mainprocess"});
+        QByteArray said;
+        QTRY_VERIFY_WITH_TIMEOUT(
+            (said += m_shell.readAllStandardError()).contains("qcop: listening"), stepTimeoutMs);
+
+        m_recorder.showOn(m_x.display());
+        m_recorder.setEnv(QStringLiteral("DEVSIM_SIGNAL"), QStringLiteral("generated"));
+    }
+
+    void init()
+    {
+        QVERIFY(m_recorder.start());
+        QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 1, startTimeoutMs);
+    }
+
+    void cleanup()
+    {
+        if (QTest::currentTestFailed())
+            qWarning("recorder said: %s", m_recorder.standardError().right(3000).constData());
+        m_recorder.kill();
+        // nothing a failed case started may record on into the next one
+        for (qint64 pid : encoderPids(m_root)) {
+            ::kill(pid_t(pid), SIGKILL);
+            // an orphan is ours to reap, any other pid answers at once
+            waitpid(pid_t(pid), nullptr, 0);
+        }
+    }
+
+    void recordPauseResumeAndKeep()
+    {
+        // the separator runs the whole width at y = 20; the pause symbol's bars fill (175, 33), a
+        // corner that the record dot's circle leaves dark
+        QTRY_VERIFY_WITH_TIMEOUT(lit(shot("idle"), 128, 20), stepTimeoutMs);
+        QVERIFY(!lit(shot("idle"), 175, 33));
+
+        QVERIFY(press("Return"));
+        QTRY_COMPARE_WITH_TIMEOUT(encoderPids(m_root).size(), 1, stepTimeoutMs);
+        const qint64 encoder = encoderPids(m_root).value(0);
+        QCOMPARE(commandLine(encoder), "shine -b 96 -s 24000 " + m_root.path(card(".mp3")));
+        QTRY_VERIFY_WITH_TIMEOUT(lit(shot("recording"), 175, 33), stepTimeoutMs);
+        QTest::qWait(6000); // the length of the recording is under test
+        QVERIFY(press("Return"));
+        QTRY_COMPARE_WITH_TIMEOUT(processState(encoder), 'T', stepTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(!lit(shot("paused"), 175, 33), stepTimeoutMs);
+        QTest::qWait(2000);
+        QVERIFY(press("Return"));
+        QTRY_VERIFY_WITH_TIMEOUT(processState(encoder) != 'T', stepTimeoutMs);
+        QTest::qWait(2000);
+
+        QVERIFY(press("Escape"));
+        QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 2, stepTimeoutMs);
+        QVERIFY(encoderPids(m_root).isEmpty());
+        shot("save-question");
+        QVERIFY(press("Return")); // the marked first answer is "Yes"
+        // the confirmation goes away by itself after two seconds
+        QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 1, stepTimeoutMs);
+        QCOMPARE(m_root.recordingList().value(0), card(".mp3"));
+        audioinfo info;
+        QCOMPARE(getaudioinfo(m_root.path(card(".mp3")).toLocal8Bit(), &info), 0);
+        // six seconds recorded, two paused, two more recorded
+        QVERIFY2(qAbs(info.seconds - 8) <= 1.5, qPrintable(QString::number(info.seconds)));
+
+        // an Escape while idle leaves the program
+        QVERIFY(press("Escape"));
+        QVERIFY(m_recorder.waitForExit(stepTimeoutMs));
+        QCOMPARE(m_recorder.exitCode(), 0);
+        QTRY_COMPARE_WITH_TIMEOUT(heard("mainprocess recorder(QString) enableAutoShut"), 2,
+                                  stepTimeoutMs);
+        QCOMPARE(heard("mainprocess Show(QString) record"), 1);
+        QCOMPARE(heard("mainprocess recorder(QString) disableAutoSleep"), 2);
+        QCOMPARE(heard("mainprocess lrcplayer(QString) nosleepnew"), 1);
+    }
+
+    void wavLowFromMenuThenShellStopsWhilePaused()
+    {
+        const QString mainWindow = windows().value(0);
+        // options: volume, format, quality; Right moves a row to its next value
+        QVERIFY(press("F12"));
+        QTRY_VERIFY_WITH_TIMEOUT(windows().value(windows().size() - 1) != mainWindow,
+                                 stepTimeoutMs);
+        for (const char *key : {"Down", "Right", "Down", "Right"})
+            QVERIFY(press(QLatin1String(key)));
+        shot("options-menu");
+        QVERIFY(press("Escape"));
+        QTRY_COMPARE_WITH_TIMEOUT(windows(), QStringList{mainWindow}, stepTimeoutMs);
+
+        QVERIFY(press("Return"));
+        QTRY_COMPARE_WITH_TIMEOUT(encoderPids(m_root).size(), 1, stepTimeoutMs);
+        const qint64 encoder = encoderPids(m_root).value(0);
+        // the day's first recording is on the card already
+        QCOMPARE(commandLine(encoder), "record2wav " + m_root.path(card("_1.wav")) + " 11025");
+        QTest::qWait(6000); // long enough to be kept
+        QVERIFY(press("Return"));
+        QTRY_COMPARE_WITH_TIMEOUT(processState(encoder), 'T', stepTimeoutMs);
+
+        // the shell ends the program: the stopped encoder goes with it, the recording is kept
+        QCOMPARE(QProcess::execute(QStringLiteral(QCOP_BIN),
+                                   {"send", "recorderprocess", "execute(QString)", "stop"}),
+                 0);
+        QVERIFY(m_recorder.waitForExit(stepTimeoutMs));
+        QCOMPARE(m_recorder.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(m_recorder.exitCode(), 0);
+        QVERIFY(encoderPids(m_root).isEmpty());
+        QCOMPARE(m_root.recordingList(), QStringList({card("_1.wav"), card(".mp3")}));
+    }
+
+    void killedRecorderTakesItsEncoderAlong()
+    {
+        QVERIFY(press("Return"));
+        QTRY_COMPARE_WITH_TIMEOUT(encoderPids(m_root).size(), 1, stepTimeoutMs);
+        QTest::qWait(2000);
+        m_recorder.kill();
+        QTRY_VERIFY_WITH_TIMEOUT(encoderPids(m_root).isEmpty(), 1000);
+        // listed when it started, so a crash does not lose it
+        QCOMPARE(m_root.recordingList().value(0), card("_2.wav"));
+        QVERIFY(m_root.exists(card("_2.wav")));
+    }
 
 private:
     QStringList windows() const { return m_x.visibleWindows(m_recorder.pid()); }
     bool press(const QString &key) const { return m_x.pressKey(m_recorder.pid(), key); }
     QString card(const QString &suffix) const { return "/mnt/mmc/e_Recorder/" + m_day + suffix; }
-    QImage shot(const QString &name) const;
-    int heard(const QByteArray &line);
+    // The recorder's screen, 256 x 64 at the origin, kept as a picture under the screens folder.
+    QImage shot(const QString &name) const
+    {
+        const QImage screen = m_x.grab().copy(0, 0, 256, 64);
+        screen.save(screensDir() + QStringLiteral("/endtoend_") + name + QStringLiteral(".png"));
+        return screen;
+    }
+
+    // How often the shell has heard "CHANNEL MESSAGE DATA".
+    int heard(const QByteArray &line)
+    {
+        m_heard += m_shell.readAllStandardOutput();
+        return m_heard.split('\n').count(line);
+    }
 
     const QString m_day = QDate::currentDate().toString(QStringLiteral("yyMMdd"));
     XServer m_x;
@@ -91,153 +200,6 @@ private:
     QProcess m_shell;
     QByteArray m_heard;
 };
-
-// The recorder's screen, 256 x 64 at the origin, kept as a picture under the screens folder.
-QImage TestEndToEnd::shot(const QString &name) const
-{
-    const QImage screen = m_x.grab().copy(0, 0, 256, 64);
-    screen.save(screensDir() + QStringLiteral("/endtoend_") + name + QStringLiteral(".png"));
-    return screen;
-}
-
-// How often the shell has heard "CHANNEL MESSAGE DATA".
-int TestEndToEnd::heard(const QByteArray &line)
-{
-    m_heard += m_shell.readAllStandardOutput();
-    return m_heard.split('\n').count(line);
-}
-
-void TestEndToEnd::initTestCase()
-{
-    for (const char *tool : {"Xvfb", "xdotool", "xwdtopnm"}) {
-        if (QStandardPaths::findExecutable(QLatin1String(tool)).isEmpty())
-            QSKIP(qPrintable(QStringLiteral("%1 is not installed (scripts/setup)").arg(tool)));
-    }
-    // an encoder whose recorder was killed comes to this process, which can then reap it
-    QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
-    QVERIFY2(m_x.start(), "no Xvfb could be started");
-    QCOMPARE(QProcess::execute("bash", {MKROOT, m_root.root(), BUILD_DIR}), 0);
-    m_shell.start(QStringLiteral(QCOP_BIN), {"listen", "mainprocess"});
-    QByteArray said;
-    QTRY_VERIFY_WITH_TIMEOUT((said += m_shell.readAllStandardError()).contains("qcop: listening"),
-                             stepTimeoutMs);
-
-    m_recorder.setEnv(QStringLiteral("DISPLAY"), m_x.display());
-    m_recorder.setEnv(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
-    m_recorder.setEnv(QStringLiteral("DEVSIM_SIGNAL"), QStringLiteral("generated"));
-    // the screen is painted in software; the GL libraries Qt would load and unload again leave
-    // allocations behind that no leak report can place
-    m_recorder.setEnv(QStringLiteral("QT_XCB_GL_INTEGRATION"), QStringLiteral("none"));
-    // Qt's xcb plugin hands strndup() an X reply that has no terminating zero; in a sanitizer
-    // build that would end the program before its window ever shows
-    m_recorder.setEnv(QStringLiteral("ASAN_OPTIONS"),
-                      qgetenv("ASAN_OPTIONS") + QStringLiteral(":strict_string_checks=0"));
-}
-
-void TestEndToEnd::cleanup()
-{
-    if (QTest::currentTestFailed())
-        qWarning("recorder said: %s", m_recorder.standardError().right(3000).constData());
-    m_recorder.kill();
-    // nothing a failed case started may record on into the next one
-    for (qint64 pid : encoderPids(m_root)) {
-        ::kill(pid_t(pid), SIGKILL);
-        waitpid(pid_t(pid), nullptr, 0); // an orphan is ours to reap, any other pid answers at once
-    }
-}
-
-void TestEndToEnd::recordPauseResumeAndKeep()
-{
-    QVERIFY(m_recorder.start());
-    QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 1, startTimeoutMs);
-    QTRY_VERIFY_WITH_TIMEOUT(lit(shot(QStringLiteral("idle")), 128, 20), stepTimeoutMs);
-    QVERIFY(!lit(shot(QStringLiteral("idle")), 175, 33));
-
-    QVERIFY(press(QStringLiteral("Return")));
-    QTRY_COMPARE_WITH_TIMEOUT(encoderPids(m_root).size(), 1, stepTimeoutMs);
-    const qint64 encoder = encoderPids(m_root).value(0);
-    QCOMPARE(commandLine(encoder), "shine -b 96 -s 24000 " + m_root.path(card(".mp3")));
-    QTRY_VERIFY_WITH_TIMEOUT(lit(shot(QStringLiteral("recording")), 175, 33), stepTimeoutMs);
-    QTest::qWait(6000); // the length of the recording is under test
-    QVERIFY(press(QStringLiteral("Return")));
-    QTRY_COMPARE_WITH_TIMEOUT(processState(encoder), 'T', stepTimeoutMs);
-    QTRY_VERIFY_WITH_TIMEOUT(!lit(shot(QStringLiteral("paused")), 175, 33), stepTimeoutMs);
-    QTest::qWait(2000);
-    QVERIFY(press(QStringLiteral("Return")));
-    QTRY_VERIFY_WITH_TIMEOUT(processState(encoder) != 'T', stepTimeoutMs);
-    QTest::qWait(2000);
-
-    QVERIFY(press(QStringLiteral("Escape")));
-    QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 2, stepTimeoutMs);
-    QVERIFY(encoderPids(m_root).isEmpty());
-    shot(QStringLiteral("save-question"));
-    QVERIFY(press(QStringLiteral("Return"))); // the marked first answer is "Yes"
-    // the confirmation goes away by itself after two seconds
-    QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 1, stepTimeoutMs);
-    QCOMPARE(listedRecordings(m_root).value(0), card(".mp3"));
-    audioinfo info;
-    QCOMPARE(getaudioinfo(m_root.path(card(".mp3")).toLocal8Bit(), &info), 0);
-    // six seconds recorded, two paused, two more recorded
-    QVERIFY2(qAbs(info.seconds - 8) <= 1.5, qPrintable(QString::number(info.seconds)));
-
-    // an Escape while idle leaves the program
-    QVERIFY(press(QStringLiteral("Escape")));
-    QVERIFY(m_recorder.waitForExit(stepTimeoutMs));
-    QCOMPARE(m_recorder.exitCode(), 0);
-    QTRY_COMPARE_WITH_TIMEOUT(heard("mainprocess recorder(QString) enableAutoShut"), 2,
-                              stepTimeoutMs);
-    QCOMPARE(heard("mainprocess Show(QString) record"), 1);
-    QCOMPARE(heard("mainprocess recorder(QString) disableAutoSleep"), 2);
-    QCOMPARE(heard("mainprocess lrcplayer(QString) nosleepnew"), 1);
-}
-
-void TestEndToEnd::wavLowFromMenuThenShellStopsWhilePaused()
-{
-    QVERIFY(m_recorder.start());
-    QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 1, startTimeoutMs);
-    const QString mainWindow = windows().value(0);
-    // options: volume, format, quality; Right moves a row to its next value
-    QVERIFY(press(QStringLiteral("F12")));
-    QTRY_VERIFY_WITH_TIMEOUT(windows().value(windows().size() - 1) != mainWindow, stepTimeoutMs);
-    for (const char *key : {"Down", "Right", "Down", "Right"})
-        QVERIFY(press(QLatin1String(key)));
-    shot(QStringLiteral("options-menu"));
-    QVERIFY(press(QStringLiteral("Escape")));
-    QTRY_COMPARE_WITH_TIMEOUT(windows(), QStringList{mainWindow}, stepTimeoutMs);
-
-    QVERIFY(press(QStringLiteral("Return")));
-    QTRY_COMPARE_WITH_TIMEOUT(encoderPids(m_root).size(), 1, stepTimeoutMs);
-    const qint64 encoder = encoderPids(m_root).value(0);
-    // the day's first recording is on the card already
-    QCOMPARE(commandLine(encoder), "record2wav " + m_root.path(card("_1.wav")) + " 11025");
-    QTest::qWait(6000); // long enough to be kept
-    QVERIFY(press(QStringLiteral("Return")));
-    QTRY_COMPARE_WITH_TIMEOUT(processState(encoder), 'T', stepTimeoutMs);
-
-    // the shell ends the program: the stopped encoder goes with it, the recording is kept
-    QCOMPARE(QProcess::execute(QStringLiteral(QCOP_BIN),
-                               {"send", "recorderprocess", "execute(QString)", "stop"}),
-             0);
-    QVERIFY(m_recorder.waitForExit(stepTimeoutMs));
-    QCOMPARE(m_recorder.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(m_recorder.exitCode(), 0);
-    QVERIFY(encoderPids(m_root).isEmpty());
-    QCOMPARE(listedRecordings(m_root), QStringList({card("_1.wav"), card(".mp3")}));
-}
-
-void TestEndToEnd::killedRecorderTakesItsEncoderAlong()
-{
-    QVERIFY(m_recorder.start());
-    QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 1, startTimeoutMs);
-    QVERIFY(press(QStringLiteral("Return")));
-    QTRY_COMPARE_WITH_TIMEOUT(encoderPids(m_root).size(), 1, stepTimeoutMs);
-    QTest::qWait(2000);
-    m_recorder.kill();
-    QTRY_VERIFY_WITH_TIMEOUT(encoderPids(m_root).isEmpty(), 1000);
-    // listed when it started, so a crash does not lose it
-    QCOMPARE(listedRecordings(m_root).value(0), card("_2.wav"));
-    QVERIFY(m_root.exists(card("_2.wav")));
-}
 
 QTEST_GUILESS_MAIN(TestEndToEnd)
 #include "tst_endtoend.moc"

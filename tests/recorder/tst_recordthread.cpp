@@ -1,11 +1,11 @@
 #include "recorder/recordthread.h"
+#include "recorderprocess.h"
 #include "testdeviceroot.h"
 
 #include <QtTest>
 
 #include <cerrno>
 #include <signal.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <thread>
 
@@ -18,25 +18,10 @@ QStringList encoderLog(const TestDeviceRoot &root)
         .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
 }
 
-// state letter of /proc/<pid>/stat ('T' stopped, 'S' sleeping), 0 when there is no such process
-char processState(pid_t pid)
-{
-    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
-    const QByteArray tail = stat.open(QIODevice::ReadOnly) ? stat.readAll().split(')').last() : "";
-    return tail.size() > 1 ? tail.at(1) : 0;
-}
-
 // our child, already reaped by the engine: nothing is left to wait for
 bool isReaped(pid_t pid)
 {
     return waitpid(pid, nullptr, WNOHANG) == -1 && errno == ECHILD && processState(pid) == 0;
-}
-
-bool installEncoder(const TestDeviceRoot &root, const QString &fake)
-{
-    return QDir().mkpath(root.path(QStringLiteral("/usr/sbin"))) &&
-           QFile::link(fake, root.path(QStringLiteral("/usr/sbin/shine"))) &&
-           QFile::link(fake, root.path(QStringLiteral("/usr/sbin/record2wav")));
 }
 
 // One run of the worker on the shared state words, started as the recorder window starts it.
@@ -67,142 +52,106 @@ class TestRecordThread : public QObject
 {
     Q_OBJECT
 
+    std::unique_ptr<TestDeviceRoot> root;
+
 private slots:
-    void nullArguments();
-    void pauseResumeAndStopWhilePaused();
-    void encoderEndsByItself_data();
-    void encoderEndsByItself();
-    void killedRecorderLeavesNoEncoder();
-    void waitForEngineReturnsOnceItHasEnded();
+    // an encoder that runs until it is killed
+    void init()
+    {
+        root.reset(); // its environment goes before the next one is set
+        root = std::make_unique<TestDeviceRoot>();
+        QVERIFY(root->installEncoders(QStringLiteral(FAKE_ENCODER_RUN)));
+    }
+
+    void nullArguments()
+    {
+        QCOMPARE(RecordToFile(nullptr, &bRecording, &bRecPause, "64", true), -1);
+        QCOMPARE(RecordToFile("/mnt/mmc/a.mp3", nullptr, &bRecPause, "64", true), -1);
+        QVERIFY(!root->exists("/encoder.log")); // refused before anything is started
+    }
+
+    void pauseResumeAndStopWhilePaused()
+    {
+        const Recording recording;
+        QTRY_VERIFY(encoderLog(*root).size() >= 2);
+        const pid_t pid = encoderLog(*root).value(0).toInt();
+
+        // while the state holds "paused", every pass stops the encoder again
+        bRecPause = RECSOUND_PAUSED;
+        QTRY_COMPARE(processState(pid), 'T');
+        ::kill(pid, SIGCONT);
+        QTRY_COMPARE(encoderLog(*root).count("CONT"), 1);
+        QTRY_COMPARE(processState(pid), 'T');
+
+        // "continue" resumes it, sending SIGCONT again on every 100 ms pass while it holds
+        bRecPause = RECSOUND_CONTINUE;
+        QTRY_VERIFY(encoderLog(*root).count("CONT") >= 4);
+        bRecPause = RECSOUND_RECING;
+        QTRY_VERIFY(processState(pid) != 'T');
+
+        // a stop while paused kills the stopped encoder and reaps it
+        bRecPause = RECSOUND_PAUSED;
+        QTRY_COMPARE(processState(pid), 'T');
+        bRecording = false;
+        QTRY_VERIFY(recording.done);
+        QCOMPARE(recording.result.load(), 0);
+        QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
+        QVERIFY(isReaped(pid));
+    }
+
+    void encoderEndsByItself_data()
+    {
+        QTest::addColumn<QString>("encoder");
+        QTest::addColumn<bool>("mp3");
+        QTest::addColumn<int>("quality");
+        QTest::addColumn<QString>("commandLine");
+        const QString exits = QStringLiteral(FAKE_ENCODER_EXIT);
+        QTest::newRow("mp3-low-quality") << exits << true << 2 << "shine -b 64 -s 24000 FILE";
+        QTest::newRow("mp3-high-still-24000-hz")
+            << exits << true << 0 << "shine -b 128 -s 24000 FILE";
+        QTest::newRow("wav-low-quality") << exits << false << 2 << "record2wav FILE 11025";
+        QTest::newRow("encoder-crashes-after-two-seconds")
+            << QStringLiteral(FAKE_ENCODER_ABORT) << true << 1 << "shine -b 96 -s 24000 FILE";
+        QTest::newRow("encoder-missing") << QString() << true << 1 << QString();
+    }
+
+    void encoderEndsByItself()
+    {
+        QFETCH(QString, encoder);
+        QFETCH(bool, mp3);
+        QFETCH(int, quality);
+        QFETCH(QString, commandLine);
+        QVERIFY(encoder.isEmpty() ? QDir(root->path("/usr/sbin")).removeRecursively()
+                                  : root->installEncoders(encoder));
+        setBitRate(quality);
+        g_setRecoderVolume = false;
+        const QString file = QStringLiteral("/mnt/mmc/e_Recorder/240101.") + (mp3 ? "mp3" : "wav");
+        // two recordings in one process: the first one alone sets the microphone gain
+        for (int run = 0; run < 2; ++run) {
+            const Recording recording(mp3, file.toUtf8());
+            QTRY_VERIFY_WITH_TIMEOUT(recording.done, 10000);
+            QCOMPARE(recording.result.load(), 1);
+            QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
+            QCOMPARE(bRecording.load(), false);
+        }
+        QCOMPARE(encoderLog(*root).value(1), commandLine.replace("FILE", root->path(file)));
+        QVERIFY(encoder.isEmpty() || isReaped(encoderLog(*root).value(0).toInt()));
+        QCOMPARE(root->amixerCalls(), QStringList{QStringLiteral("amixer set Input PGA 63%")});
+    }
+
+    void waitForEngineReturnsOnceItHasEnded()
+    {
+        bRecording = true;
+        bRecPause = RECSOUND_RECING;
+        QCOMPARE(startRecordThread(root->path(QStringLiteral("/mnt/mmc/e_Recorder/a.mp3"))), 0);
+        QTRY_VERIFY(encoderLog(*root).size() >= 2);
+        QVERIFY(!waitForEngine(0));
+        bRecording = false; // the state word is left for the engine to reset
+        QVERIFY(waitForEngine(10000));
+        QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
+        QVERIFY(isReaped(encoderLog(*root).value(0).toInt()));
+    }
 };
 
-void TestRecordThread::nullArguments()
-{
-    TestDeviceRoot root;
-    QVERIFY(installEncoder(root, QStringLiteral(FAKE_ENCODER_RUN)));
-    QCOMPARE(RecordToFile(nullptr, &bRecording, &bRecPause, "64", true), -1);
-    QCOMPARE(RecordToFile("/mnt/mmc/a.mp3", nullptr, &bRecPause, "64", true), -1);
-    QVERIFY(!root.exists(QStringLiteral("/encoder.log"))); // refused before anything is started
-}
-
-void TestRecordThread::pauseResumeAndStopWhilePaused()
-{
-    TestDeviceRoot root;
-    QVERIFY(installEncoder(root, QStringLiteral(FAKE_ENCODER_RUN)));
-    const Recording recording;
-    QTRY_VERIFY(encoderLog(root).size() >= 2);
-    const pid_t pid = encoderLog(root).value(0).toInt();
-
-    // while the state holds "paused", every pass stops the encoder again
-    bRecPause = RECSOUND_PAUSED;
-    QTRY_COMPARE(processState(pid), 'T');
-    ::kill(pid, SIGCONT);
-    QTRY_COMPARE(encoderLog(root).count("CONT"), 1);
-    QTRY_COMPARE(processState(pid), 'T');
-
-    // "continue" resumes it, sending SIGCONT again on every 100 ms pass while it holds
-    bRecPause = RECSOUND_CONTINUE;
-    QTRY_VERIFY(encoderLog(root).count("CONT") >= 4);
-    bRecPause = RECSOUND_RECING;
-    QTRY_VERIFY(processState(pid) != 'T');
-
-    // a stop while paused kills the stopped encoder and reaps it
-    bRecPause = RECSOUND_PAUSED;
-    QTRY_COMPARE(processState(pid), 'T');
-    bRecording = false;
-    QTRY_VERIFY(recording.done);
-    QCOMPARE(recording.result.load(), 0);
-    QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
-    QVERIFY(isReaped(pid));
-}
-
-void TestRecordThread::encoderEndsByItself_data()
-{
-    QTest::addColumn<QString>("encoder");
-    QTest::addColumn<bool>("mp3");
-    QTest::addColumn<int>("quality");
-    QTest::addColumn<QString>("commandLine");
-    const QString exits = QStringLiteral(FAKE_ENCODER_EXIT);
-    QTest::newRow("mp3-low-quality") << exits << true << 2 << "shine -b 64 -s 24000 FILE";
-    QTest::newRow("mp3-high-still-24000-hz") << exits << true << 0 << "shine -b 128 -s 24000 FILE";
-    QTest::newRow("wav-low-quality") << exits << false << 2 << "record2wav FILE 11025";
-    QTest::newRow("encoder-crashes-after-two-seconds")
-        << QStringLiteral(FAKE_ENCODER_ABORT) << true << 1 << "shine -b 96 -s 24000 FILE";
-    QTest::newRow("encoder-missing") << QString() << true << 1 << QString();
-}
-
-void TestRecordThread::encoderEndsByItself()
-{
-    QFETCH(QString, encoder);
-    QFETCH(bool, mp3);
-    QFETCH(int, quality);
-    QFETCH(QString, commandLine);
-    TestDeviceRoot root;
-    QVERIFY(encoder.isEmpty() || installEncoder(root, encoder));
-    setBitRate(quality);
-    g_setRecoderVolume = false;
-    const QString file = QStringLiteral("/mnt/mmc/e_Recorder/240101.") + (mp3 ? "mp3" : "wav");
-    // two recordings in one process: the first one alone sets the microphone gain
-    for (int run = 0; run < 2; ++run) {
-        const Recording recording(mp3, file.toUtf8());
-        QTRY_VERIFY_WITH_TIMEOUT(recording.done, 10000);
-        QCOMPARE(recording.result.load(), 1);
-        QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
-        QCOMPARE(bRecording.load(), false);
-    }
-    QCOMPARE(encoderLog(root).value(1), commandLine.replace("FILE", root.path(file)));
-    QVERIFY(encoder.isEmpty() || isReaped(encoderLog(root).value(0).toInt()));
-    QCOMPARE(root.amixerCalls(), QStringList{QStringLiteral("amixer set Input PGA 63%")});
-}
-
-void TestRecordThread::killedRecorderLeavesNoEncoder()
-{
-    TestDeviceRoot root;
-    QVERIFY(installEncoder(root, QStringLiteral(FAKE_ENCODER_RUN)));
-    // the orphaned encoder comes to us, so that we can see it end and reap it
-    QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
-    QProcess recorder;
-    recorder.start(QCoreApplication::applicationFilePath(), {QStringLiteral("--record-child")});
-    QTRY_VERIFY_WITH_TIMEOUT(encoderLog(root).size() >= 2, 10000);
-    const pid_t encoder = encoderLog(root).value(0).toInt();
-    // whatever happens, no encoder records on after this test
-    const auto cleanup = qScopeGuard([encoder] {
-        ::kill(encoder, SIGKILL);
-        waitpid(encoder, nullptr, 0);
-    });
-    QCOMPARE(processState(encoder), 'S');
-    recorder.kill();
-    QVERIFY(recorder.waitForFinished());
-    // gone, or a zombie left to us
-    QTRY_VERIFY_WITH_TIMEOUT(processState(encoder) == 0 || processState(encoder) == 'Z', 1000);
-}
-
-void TestRecordThread::waitForEngineReturnsOnceItHasEnded()
-{
-    TestDeviceRoot root;
-    QVERIFY(installEncoder(root, QStringLiteral(FAKE_ENCODER_RUN)));
-    bRecording = true;
-    bRecPause = RECSOUND_RECING;
-    QCOMPARE(startRecordThread(root.path(QStringLiteral("/mnt/mmc/e_Recorder/a.mp3"))), 0);
-    QTRY_VERIFY(encoderLog(root).size() >= 2);
-    QVERIFY(!waitForEngine(0));
-    bRecording = false; // the state word is left for the engine to reset
-    QVERIFY(waitForEngine(10000));
-    QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
-    QVERIFY(isReaped(encoderLog(root).value(0).toInt()));
-}
-
-int main(int argc, char **argv)
-{
-    if (argc == 2 && qstrcmp(argv[1], "--record-child") == 0) {
-        // the recorder stripped to its engine, killed from outside while the encoder runs
-        bRecording = true;
-        return RecordToFile("/mnt/mmc/e_Recorder/c.mp3", &bRecording, &bRecPause, "64", true);
-    }
-    QCoreApplication app(argc, argv);
-    TestRecordThread test;
-    QTEST_SET_MAIN_SOURCE_PATH
-    return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_GUILESS_MAIN(TestRecordThread)
 #include "tst_recordthread.moc"

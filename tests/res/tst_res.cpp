@@ -42,13 +42,6 @@ bool installResources(const TestDeviceRoot &root)
     return ok;
 }
 
-void addLanguageRows()
-{
-    QTest::addColumn<QString>("name");
-    for (const QString &name : names)
-        QTest::newRow(qPrintable(name)) << name;
-}
-
 } // namespace
 
 class TestResources : public QObject
@@ -60,7 +53,12 @@ private slots:
 
     // lupdate brings a copy of the source up to date with the program's code: a text added to the
     // code appears in it as unfinished, one no longer used is dropped.
-    void everyTextTranslated_data() { addLanguageRows(); }
+    void everyTextTranslated_data()
+    {
+        QTest::addColumn<QString>("name");
+        for (const QString &name : names)
+            QTest::newRow(qPrintable(name)) << name;
+    }
     void everyTextTranslated()
     {
         QFETCH(QString, name);
@@ -104,6 +102,7 @@ private slots:
         for (int i = 0; i < names.size(); ++i)
             QTest::addRow("position-%d-%s", i, qPrintable(names.at(i))) << i << names.at(i);
         QTest::newRow("outside-the-table-is-english") << int(names.size()) << QString();
+        QTest::newRow("no-language-key-is-the-first") << -1 << names.first();
     }
     // The idle screen under the language of "SystemSet/Lan", chosen as start-up chooses it.
     void languageChoosesHelpText()
@@ -112,15 +111,16 @@ private slots:
         QFETCH(QString, name);
         TestDeviceRoot root;
         QVERIFY(installResources(root));
-        QVERIFY(QFile::copy(DEVSIM_SOURCE_DIR "/scanlanguage.cfg",
-                            root.path("/apps/config/scanlanguage.cfg")));
-        QVERIFY(root.writeFile("/apps/config/config.ini",
+        QVERIFY(root.installLanguageTable());
+        QVERIFY(position < 0 ||
+                root.writeFile("/apps/config/config.ini",
                                "[SystemSet]\nLan=" + QByteArray::number(position) + "\n"));
         LanguageManager::quitFun();
         QCOMPARE(LanguageManager::Instance()->init(), 0);
         QTranslator translator;
         if (!name.isEmpty())
-            QTest::ignoreMessage(QtDebugMsg, qPrintable("lan is " + logLines.at(position)));
+            QTest::ignoreMessage(QtDebugMsg,
+                                 qPrintable("lan is " + logLines.at(qMax(position, 0))));
         applyTranslation(*qApp, translator,
                          LanguageManager::Instance()->getLanIntByID(readSystemLanguage()));
         const QString shown = RecordMainWnd(nullptr, 0).helpText();

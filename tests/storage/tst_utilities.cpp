@@ -178,18 +178,11 @@ private slots:
                  QByteArray("-12\0\0\0\0\0\0\0\0\0\0\0\0\0", 16));
     }
 
-    void musicList()
+    // which songs are listed, and in what order: tst_startupmusiclist
+    void musicListWithoutCard()
     {
         TestDeviceRoot root;
-        for (const char *name :
-             {"/mnt/mmc/b.mp3", "/mnt/mmc/song.MP3", "/mnt/mmc/song.mp3x", "/mnt/mmc/song.mp2",
-              "/mnt/mmc/mp3", "/mnt/mmc/song.", "/mnt/mmc/z.mp3", "/mnt/mmc/e_Music/x.Mp3",
-              "/mnt/mmc/e_Music/sub/deep.mp3"})
-            QVERIFY(root.writeFile(name, "x"));
-        scanmusic();
-        QCOMPARE(root.readFile("/apps/config/musiclist.txt"),
-                 QByteArray("/mnt/mmc/z.mp3\n/mnt/mmc/song.mp3x\n/mnt/mmc/song.MP3\n"
-                            "/mnt/mmc/e_Music/x.Mp3\n/mnt/mmc/b.mp3\n"));
+        QVERIFY(root.writeFile("/apps/config/musiclist.txt", "/mnt/mmc/gone.mp3\n"));
         // without a card the list is emptied
         QVERIFY(QDir(root.path("/mnt/mmc")).removeRecursively());
         scanmusic();

@@ -1,6 +1,7 @@
 #include "recorderprocess.h"
 
 #include <QElapsedTimer>
+#include <QFile>
 
 RecorderProcess::RecorderProcess(const QString &deviceRoot)
     : m_env(QProcessEnvironment::systemEnvironment())
@@ -18,6 +19,19 @@ RecorderProcess::~RecorderProcess()
 void RecorderProcess::setEnv(const QString &name, const QString &value)
 {
     m_env.insert(name, value);
+}
+
+void RecorderProcess::showOn(const QString &display)
+{
+    setEnv(QStringLiteral("DISPLAY"), display);
+    setEnv(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    // the screen is painted in software; the GL libraries Qt would load and unload again leave
+    // allocations behind that no leak report can place
+    setEnv(QStringLiteral("QT_XCB_GL_INTEGRATION"), QStringLiteral("none"));
+    // Qt's xcb plugin hands strndup() an X reply that has no terminating zero; in a sanitizer
+    // build that would end the program before its window ever shows
+    setEnv(QStringLiteral("ASAN_OPTIONS"),
+           qgetenv("ASAN_OPTIONS") + QStringLiteral(":strict_string_checks=0"));
 }
 
 bool RecorderProcess::start(const QStringList &arguments)
@@ -78,4 +92,11 @@ QByteArray RecorderProcess::standardOutput()
 {
     drain();
     return m_out;
+}
+
+char processState(qint64 pid)
+{
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
+    const QByteArray tail = stat.open(QIODevice::ReadOnly) ? stat.readAll().split(')').last() : "";
+    return tail.size() > 1 ? tail.at(1) : 0;
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QByteArray>
 #include "tiedprocess.h"
+#include <QByteArray>
 
 #include <QProcess>
 #include <QString>
@@ -16,6 +16,8 @@ public:
     RecorderProcess &operator=(const RecorderProcess &) = delete;
 
     void setEnv(const QString &name, const QString &value);
+    // drawn on that X display, through xcb and in software, as on a person's desktop
+    void showOn(const QString &display);
     // a command the program is started through, such as setpriv with its options
     void setWrapper(const QStringList &command) { m_wrapper = command; }
     bool start(const QStringList &arguments = {});
@@ -40,3 +42,7 @@ private:
     QByteArray m_err;
     QByteArray m_out;
 };
+
+// The state letter of /proc/<pid>/stat ('T' stopped by a signal, 'S' sleeping, 'Z' a zombie),
+// 0 when there is no such process.
+char processState(qint64 pid);

@@ -72,6 +72,34 @@ bool TestDeviceRoot::installEngines() const
     return QProcess::execute(QStringLiteral(DEVSIM_SOURCE_DIR "/engineres"), {root()}) == 0;
 }
 
+bool TestDeviceRoot::installEncoders(const QString &standIn) const
+{
+    bool ok = QDir().mkpath(path("/mnt/mmc/e_Recorder")) && QDir().mkpath(path("/usr/sbin"));
+    for (const QString encoder : {"shine", "record2wav"}) {
+        QFile::remove(path("/usr/sbin/" + encoder));
+        ok = ok && QFile::copy(standIn.isEmpty() ? DEVSIM_BIN_DIR "/" + encoder : standIn,
+                               path("/usr/sbin/" + encoder));
+    }
+    return ok;
+}
+
+bool TestDeviceRoot::installLanguageTable() const
+{
+    QFile::remove(path("/apps/config/scanlanguage.cfg"));
+    return QFile::copy(DEVSIM_SOURCE_DIR "/scanlanguage.cfg",
+                       path("/apps/config/scanlanguage.cfg"));
+}
+
+QStringList TestDeviceRoot::recordingList() const
+{
+    const QByteArray bytes = readFile("/apps/config/reclist.ini");
+    if (!bytes.startsWith("\xff\xfe"))
+        return {};
+    return QString::fromUtf16(reinterpret_cast<const char16_t *>(bytes.constData() + 2),
+                              (bytes.size() - 2) / 2)
+        .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
 QStringList TestDeviceRoot::amixerCalls() const
 {
     const QString log = QString::fromLocal8Bit(readFile(QStringLiteral("/amixer.log")));

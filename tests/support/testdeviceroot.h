@@ -33,6 +33,15 @@ public:
     // lays out the scan-and-read engines' resources (devsim/engineres): OCR models, speech
     // data, the scanner stand-in's folder
     bool installEngines() const;
+    // the device's encoders in /usr/sbin (shine and record2wav: the simulation's, or both the
+    // given stand-in) and the recordings folder
+    bool installEncoders(const QString &standIn = QString()) const;
+    // the simulation's sample language table, eight languages, as /apps/config/scanlanguage.cfg
+    bool installLanguageTable() const;
+
+    // the recording list as the program writes it (FF FE, then UTF-16LE lines); empty without
+    // the byte-order mark
+    QStringList recordingList() const;
 
     // command lines the amixer stand-in has received, oldest first
     QStringList amixerCalls() const;
