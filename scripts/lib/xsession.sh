@@ -44,8 +44,11 @@ xvfb_start() {
         # -displayfd: the server writes its number once it listens. -noreset: otherwise the
         # server resets when its last client leaves (xdpyinfo below, xdotool looking for windows
         # before the recorder has any) and drops a client connecting meanwhile
-        Xvfb ":$n" -displayfd 3 -noreset -screen 0 640x480x24 -nolisten tcp -fbdir "$XVFB_FBDIR" \
-            3>"$XVFB_FBDIR/display" >/dev/null 2>&1 &
+        # -ardelay: a key held down by a script (the player's quick seek) stays one press; the
+        # server's own repeat would come as release and press pairs that a busy program can take
+        # for a real release
+        Xvfb ":$n" -displayfd 3 -noreset -ardelay 600000 -screen 0 640x480x24 -nolisten tcp \
+            -fbdir "$XVFB_FBDIR" 3>"$XVFB_FBDIR/display" >/dev/null 2>&1 &
         XVFB_PID=$!
         wait_until "$X_STEP_SECONDS" xvfb_announced || true
         if [ -s "$XVFB_FBDIR/display" ] && xdpyinfo -display ":$n" >/dev/null 2>&1; then
