@@ -63,6 +63,12 @@ bool PlayerFixture::installScriptedPlayer()
                          "done");
 }
 
+bool PlayerFixture::writeSettings(const QByteArray &lines)
+{
+    return m_root.writeFile(QStringLiteral("/apps/config/recconfig.ini"),
+                            "[RecorderSet]\n" + lines + '\n');
+}
+
 QStringList PlayerFixture::lines(const QString &devicePath) const
 {
     return QString::fromLocal8Bit(m_root.readFile(devicePath)).split('\n', Qt::SkipEmptyParts);

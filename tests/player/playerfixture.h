@@ -26,6 +26,12 @@ public:
     // command in /commands; a file named *ends* reports one position and ends (exit 0), one named
     // *fails* exits with 1, any other runs until "quit".
     bool installScriptedPlayer();
+    // recconfig.ini holding these [RecorderSet] lines, and its text.
+    bool writeSettings(const QByteArray &lines);
+    QByteArray settings() const
+    {
+        return m_root.readFile(QStringLiteral("/apps/config/recconfig.ini"));
+    }
     // The lines of a device file of the root.
     QStringList lines(const QString &devicePath) const;
 
