@@ -129,6 +129,7 @@ private slots:
     }
 
     // Every state change tells the shell whether the pen may sleep; the end gives the LED back.
+    // (a message under another name than "lrcplayer(QString)" keeps its name in the text)
     void shellMessages()
     {
         PlayerFixture fixture;
@@ -144,14 +145,13 @@ private slots:
             window.stopMplayer();
             window.setLrcAutoSleep(false);
         }
-        const QStringList expected{"disableAutoSleep", "enableAutoSleep", "disableAutoSleep",
-                                   "enableAutoSleep",  "disableShutLed",  "enableShutLed",
-                                   "enableAutoSleep"};
-        QTRY_COMPARE(messages.count(), expected.size());
-        for (int n = 0; n < expected.size(); ++n) {
-            QCOMPARE(messages.at(n).at(0).toString(), QStringLiteral("lrcplayer(QString)"));
-            QCOMPARE(QString::fromLocal8Bit(messages.at(n).at(1).toByteArray()), expected.at(n));
-        }
+        QTRY_COMPARE(messages.count(), 7);
+        QStringList got;
+        for (const QList<QVariant> &message : messages)
+            got << message.at(0).toString() + ' ' + message.at(1).toString();
+        QCOMPARE(got.join(' ').remove(QStringLiteral("lrcplayer(QString) ")),
+                 QStringLiteral("disableAutoSleep enableAutoSleep disableAutoSleep "
+                                "enableAutoSleep disableShutLed enableShutLed enableAutoSleep"));
         QCOMPARE(fixture.lines("/commands"), QStringList{"quit"});
     }
 
