@@ -37,30 +37,32 @@ bool PlayerFixture::installStandIn()
 {
     const QString target = m_root.path(QStringLiteral("/usr/bin/mplayer"));
     QDir().mkpath(QFileInfo(target).absolutePath());
-    QFile::remove(target);
     return QFile::copy(QStringLiteral(DEVSIM_SOURCE_DIR "/mplayer"), target) &&
            QFile::setPermissions(target, QFile::ReadOwner | QFile::ExeOwner);
 }
 
-bool PlayerFixture::installScript(const QByteArray &body)
-{
-    return m_root.writeFile(QStringLiteral("/usr/bin/mplayer"), "#!/bin/sh\n" + body + "\n") &&
-           QFile::setPermissions(m_root.path(QStringLiteral("/usr/bin/mplayer")),
-                                 QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-}
-
 bool PlayerFixture::installScriptedPlayer()
 {
-    return installScript("echo $$ >> \"$RECORDER_ROOT/pids\"\n"
-                         "echo \"$3\" >> \"$RECORDER_ROOT/played\"\n"
-                         "case \"$3\" in\n"
-                         "    *ends*) printf 'A:   1.0 (01.0) of 1.0 (01.0)\\n'; exit 0 ;;\n"
-                         "    *fails*) exit 1 ;;\n"
-                         "esac\n"
-                         "while read -r cmd; do\n"
-                         "    echo \"$cmd\" >> \"$RECORDER_ROOT/commands\"\n"
-                         "    [ \"$cmd\" = quit ] && exit 0\n"
-                         "done");
+    const QString mplayer = QStringLiteral("/usr/bin/mplayer");
+    return m_root.writeFile(mplayer,
+                            "#!/bin/sh\n"
+                            "echo $$ >> \"$RECORDER_ROOT/pids\"\n"
+                            "echo \"$3\" >> \"$RECORDER_ROOT/played\"\n"
+                            "case \"$3\" in\n"
+                            "    *ends*) printf 'A:   1.0 (01.0) of 1.0 (01.0)\\n'; exit 0 ;;\n"
+                            "    *fails*) exit 1 ;;\n"
+                            "esac\n"
+                            "while read -r cmd; do\n"
+                            "    echo \"$cmd\" >> \"$RECORDER_ROOT/commands\"\n"
+                            "    [ \"$cmd\" = quit ] && exit 0\n"
+                            "done\n") &&
+           QFile::setPermissions(m_root.path(mplayer), QFile::ReadOwner | QFile::ExeOwner);
+}
+
+bool PlayerFixture::writeSettings(const QByteArray &lines)
+{
+    return m_root.writeFile(QStringLiteral("/apps/config/recconfig.ini"),
+                            "[RecorderSet]\n" + lines + '\n');
 }
 
 QStringList PlayerFixture::lines(const QString &devicePath) const
@@ -70,16 +72,13 @@ QStringList PlayerFixture::lines(const QString &devicePath) const
 
 QList<qint64> childProcesses()
 {
+    // "pid (name) state ppid ...": the name may hold blanks, so count from its end
     QList<qint64> children;
-    const QString me = QString::number(::getpid());
+    const QByteArray me = QByteArray::number(::getpid());
     for (const QString &entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
         QFile stat(QStringLiteral("/proc/") + entry + QStringLiteral("/stat"));
-        if (!stat.open(QIODevice::ReadOnly))
-            continue;
-        // "pid (name) state ppid ...": the name may hold blanks, so count from its end
-        const QByteArray line = stat.readAll();
-        const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
-        if (fields.size() > 1 && fields.at(1) == me.toLatin1())
+        const QByteArray line = stat.open(QIODevice::ReadOnly) ? stat.readAll() : QByteArray();
+        if (line.mid(line.lastIndexOf(')') + 2).split(' ').value(1) == me)
             children << entry.toLongLong();
     }
     return children;

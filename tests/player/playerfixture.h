@@ -20,12 +20,17 @@ public:
     QString makeSound(const QString &name, double seconds);
     // The device simulation's stand-in, driving the host's mplayer with a null audio output.
     bool installStandIn();
-    // A shell script body in place of mplayer (for runs no real player can give on demand).
-    bool installScript(const QByteArray &body);
-    // A scripted player: notes its process id in /pids, each file it is given in /played and each
-    // command in /commands; a file named *ends* reports one position and ends (exit 0), one named
-    // *fails* exits with 1, any other runs until "quit".
+    // A scripted player (for runs no real player can give on demand): notes its process id in
+    // /pids, each file it is given in /played and each command in /commands; a file named *ends*
+    // reports one position and ends (exit 0), one named *fails* exits with 1, any other runs until
+    // "quit".
     bool installScriptedPlayer();
+    // recconfig.ini holding these [RecorderSet] lines, and its text.
+    bool writeSettings(const QByteArray &lines);
+    QByteArray settings() const
+    {
+        return m_root.readFile(QStringLiteral("/apps/config/recconfig.ini"));
+    }
     // The lines of a device file of the root.
     QStringList lines(const QString &devicePath) const;
 

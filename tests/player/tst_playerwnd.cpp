@@ -1,11 +1,12 @@
 // The player window with a scripted player in place of mplayer (it notes the commands it gets):
-// length texts and clock texts, the quick-seek ticks and the seek on release, volume steps, the
-// refresh rule, the shell messages, the option menu's stored values, a player that fails or cannot
-// be started, and the screen's geometry with pictures of each screen.
+// length and clock texts, the quick-seek ticks and the seek on release, volume steps, the refresh
+// rule, the shell messages, the option menu's stored values, a player that fails or cannot be
+// started, and the screen's geometry with pictures of each screen.
 #include "app/qcopchannel.h"
 #include "app/startup.h"
 #include "player/playerwnd.h"
 #include "playerfixture.h"
+#include "screenpixels.h"
 #include "storage/configwidget.h"
 #include "widgets/itemmenu.h"
 
@@ -14,19 +15,6 @@
 #include <QtTest>
 
 namespace {
-
-// White on black: a lit pixel is a drawn one.
-bool lit(const QImage &image, int x, int y)
-{
-    return qGray(image.pixel(x, y)) > 128;
-}
-
-QImage shoot(QWidget &widget, const QString &name)
-{
-    const QPixmap pixmap = widget.grab();
-    pixmap.save(screensDir() + QStringLiteral("/player_") + name + QStringLiteral(".png"));
-    return pixmap.toImage();
-}
 
 // Plays a (scripted) file of the given length and waits until the player has started.
 void startOn(playerWnd &window, PlayerFixture &fixture, const QString &lengthText)
@@ -46,37 +34,27 @@ private slots:
     void initTestCase() { QApplication::setPalette(recorderPalette()); }
     void cleanup() { QCOMPARE(childProcesses(), QList<qint64>()); }
 
-    void lengthText_data()
+    // strTimeNumber on length texts; formatTime gives back the clock rows
+    void texts_data()
     {
         QTest::addColumn<QString>("text");
-        QTest::addColumn<int>("hundredths");
-        QTest::newRow("hh-mm-ss") << "00:01:30" << 9000;
-        QTest::newRow("mm-ss") << "01:30" << 9000;
-        QTest::newRow("hours-inside-text") << "len 01:02:03 ." << 372300;
-        QTest::newRow("one-digit-minute") << "1:30" << 0;
-        QTest::newRow("neither-form") << "about a minute" << 0;
-    }
-    void lengthText()
-    {
-        QFETCH(QString, text);
-        QFETCH(int, hundredths);
-        QCOMPARE(playerWnd::strTimeNumber(text), hundredths);
-    }
-
-    void clockText_data()
-    {
         QTest::addColumn<int>("seconds");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("zero") << 0 << "00:00";
-        QTest::newRow("second-under-an-hour") << 3599 << "59:59";
-        QTest::newRow("one-hour") << 3600 << "01:00:00";
-        QTest::newRow("over-ten-hours") << 36061 << "10:01:01";
+        QTest::addColumn<bool>("clock");
+        QTest::newRow("clock-under-an-hour") << "59:59" << 3599 << true;
+        QTest::newRow("clock-from-one-hour") << "01:00:00" << 3600 << true;
+        QTest::newRow("clock-over-ten-hours") << "10:01:01" << 36061 << true;
+        QTest::newRow("length-inside-text") << "len 01:02:03 ." << 3723 << false;
+        QTest::newRow("one-digit-minute-is-neither") << "1:30" << 0 << false;
+        QTest::newRow("neither-form") << "about a minute" << 0 << false;
     }
-    void clockText()
+    void texts()
     {
-        QFETCH(int, seconds);
         QFETCH(QString, text);
-        QCOMPARE(playerWnd::formatTime(seconds), text);
+        QFETCH(int, seconds);
+        QFETCH(bool, clock);
+        QCOMPARE(playerWnd::strTimeNumber(text), seconds * 100);
+        if (clock)
+            QCOMPARE(playerWnd::formatTime(seconds), text);
     }
 
     // Holding F5/F6: the pointer's steps and tick intervals, then the seek sent on release.
@@ -89,20 +67,18 @@ private slots:
         QTest::addColumn<int>("percent");
         QTest::addColumn<int>("interval");
         QTest::addColumn<QString>("command");
-        QTest::newRow("first-tick")
-            << "00:01:40" << 0.0 << int(Qt::Key_F6) << 1 << 1 << 150 << "seek 1 1";
+        const int f5 = Qt::Key_F5, f6 = Qt::Key_F6;
+        QTest::newRow("first-tick") << "00:01:40" << 0.0 << f6 << 1 << 1 << 150 << "seek 1 1";
         QTest::newRow("faster-further-in")
-            << "00:01:40" << 50.0 << int(Qt::Key_F6) << 1 << 51 << 100 << "seek 51 1";
-        QTest::newRow("from-97-to-the-end")
-            << "00:01:40" << 97.0 << int(Qt::Key_F6) << 3 << 100 << 50 << "seek 97 2";
-        QTest::newRow("stays-at-the-end")
-            << "00:01:40" << 97.0 << int(Qt::Key_F6) << 6 << 100 << 50 << "seek 97 2";
+            << "00:01:40" << 50.0 << f6 << 1 << 51 << 100 << "seek 51 1";
+        QTest::newRow("end-reached-and-kept")
+            << "00:01:40" << 97.0 << f6 << 6 << 100 << 50 << "seek 97 2";
         QTest::newRow("backward-stops-at-0")
-            << "00:01:40" << 1.0 << int(Qt::Key_F5) << 3 << 0 << 150 << "seek 0 1";
+            << "00:01:40" << 1.0 << f5 << 3 << 0 << 150 << "seek 0 1";
         QTest::newRow("short-file-four-percent")
-            << "00:30" << 0.0 << int(Qt::Key_F6) << 2 << 8 << 150 << "seek 2 2";
+            << "00:30" << 0.0 << f6 << 2 << 8 << 150 << "seek 2 2";
         QTest::newRow("short-file-whole-seconds")
-            << "00:30" << 15.0 << int(Qt::Key_F6) << 1 << 54 << 100 << "seek 16 2";
+            << "00:30" << 15.0 << f6 << 1 << 54 << 100 << "seek 16 2";
     }
     void quickSeek()
     {
@@ -110,9 +86,6 @@ private slots:
         QFETCH(double, position);
         QFETCH(int, key);
         QFETCH(int, ticks);
-        QFETCH(int, percent);
-        QFETCH(int, interval);
-        QFETCH(QString, command);
         PlayerFixture fixture;
         QVERIFY(fixture.installScriptedPlayer());
         playerWnd window;
@@ -121,18 +94,20 @@ private slots:
         QTest::keyPress(&window, Qt::Key(key));
         for (int n = 0; n < ticks; ++n)
             window.quickSeekPos();
-        QCOMPARE(window.quickSeekPosition(), percent);
-        QCOMPARE(window.quickSeekInterval(), interval);
+        QTEST(window.quickSeekPosition(), "percent");
+        QTEST(window.quickSeekInterval(), "interval");
         QTest::keyRelease(&window, Qt::Key(key));
+        QFETCH(QString, command);
         QTRY_VERIFY(fixture.lines("/commands").contains(command));
     }
 
+    // Each step is stored as a level and applied again, even when it stays at a bound.
     void volume_data()
     {
         QTest::addColumn<int>("level");
         QTest::addColumn<int>("key");
         QTest::addColumn<int>("percent");
-        QTest::newRow("top-stays-and-is-stored") << 5 << int(Qt::Key_Up) << 100;
+        QTest::newRow("top-stays") << 5 << int(Qt::Key_Up) << 100;
         QTest::newRow("bottom-stays") << 0 << int(Qt::Key_Down) << 0;
         QTest::newRow("up-a-step") << 2 << int(Qt::Key_Up) << 60;
         QTest::newRow("down-a-step") << 3 << int(Qt::Key_Down) << 40;
@@ -143,44 +118,18 @@ private slots:
         QFETCH(int, key);
         QFETCH(int, percent);
         PlayerFixture fixture;
-        QVERIFY(fixture.root().writeFile("/apps/config/recconfig.ini",
-                                         "[RecorderSet]\nPlayVolume=" + QByteArray::number(level) +
-                                             "\n"));
+        QVERIFY(fixture.writeSettings("PlayVolume=" + QByteArray::number(level)));
         playerWnd window;
         QCOMPARE(window.volumePercent(), level * 20);
         const int callsBefore = fixture.root().amixerCalls().size();
         QTest::keyClick(&window, Qt::Key(key));
         QCOMPARE(window.volumePercent(), percent);
-        QCOMPARE(ConfigWidget::instance()->getPlayVolume(), percent / 20);
-        QVERIFY(fixture.root()
-                    .readFile("/apps/config/recconfig.ini")
-                    .contains("PlayVolume=" + QByteArray::number(percent / 20)));
-        // applied again even when it did not change
+        QVERIFY(fixture.settings().contains("PlayVolume=" + QByteArray::number(percent / 20)));
         QVERIFY(fixture.root().amixerCalls().size() > callsBefore);
     }
 
-    // Position reports: one refresh a second at most, nothing past the end.
-    void positionReports()
-    {
-        PlayerFixture fixture;
-        QVERIFY(fixture.installScriptedPlayer());
-        playerWnd window;
-        startOn(window, fixture, "00:01:40");
-        const struct
-        {
-            double sec;
-            int refreshedAt;
-            double position;
-        } steps[] = {{1.0, 100, 1.0}, {1.5, 100, 1.5}, {2.0, 200, 2.0}, {100.5, 200, 2.0}};
-        for (const auto &step : steps) {
-            window.changeCurrentSec(step.sec);
-            QCOMPARE(playerWnd::lastSeconds, step.refreshedAt);
-            QCOMPARE(window.currentPosition(), step.position);
-        }
-        QCOMPARE(window.timeText(), QStringLiteral("00:02"));
-    }
-
     // Every state change tells the shell whether the pen may sleep; the end gives the LED back.
+    // (a message under another name than "lrcplayer(QString)" keeps its name in the text)
     void shellMessages()
     {
         PlayerFixture fixture;
@@ -196,42 +145,18 @@ private slots:
             window.stopMplayer();
             window.setLrcAutoSleep(false);
         }
-        const QStringList expected{"disableAutoSleep", "enableAutoSleep", "disableAutoSleep",
-                                   "enableAutoSleep",  "disableShutLed",  "enableShutLed",
-                                   "enableAutoSleep"};
-        QTRY_COMPARE(messages.count(), expected.size());
-        for (int n = 0; n < expected.size(); ++n) {
-            QCOMPARE(messages.at(n).at(0).toString(), QStringLiteral("lrcplayer(QString)"));
-            QCOMPARE(QString::fromLocal8Bit(messages.at(n).at(1).toByteArray()), expected.at(n));
-        }
+        QTRY_COMPARE(messages.count(), 7);
+        QStringList got;
+        for (const QList<QVariant> &message : messages)
+            got << message.at(0).toString() + ' ' + message.at(1).toString();
+        QCOMPARE(got.join(' ').remove(QStringLiteral("lrcplayer(QString) ")),
+                 QStringLiteral("disableAutoSleep enableAutoSleep disableAutoSleep "
+                                "enableAutoSleep disableShutLed enableShutLed enableAutoSleep"));
         QCOMPARE(fixture.lines("/commands"), QStringList{"quit"});
     }
 
-    void optionMenu()
-    {
-        PlayerFixture fixture;
-        QVERIFY(fixture.root().writeFile("/apps/config/recconfig.ini",
-                                         "[RecorderSet]\nPlayVolume=2\nLoopMode=0\n"));
-        playerWnd window;
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        QTest::keyClick(&window, Qt::Key_F12);
-        ItemMenu *menu = window.optionMenu();
-        QVERIFY(menu && menu->isVisible());
-        shoot(*menu, "menu");
-        QTest::keyClick(menu, Qt::Key_Right);
-        QTest::keyClick(menu, Qt::Key_Down);
-        QTest::keyClick(menu, Qt::Key_Right);
-        QCOMPARE(ConfigWidget::instance()->getPlayVolume(), 3);
-        QCOMPARE(window.volumePercent(), 60);
-        QCOMPARE(ConfigWidget::instance()->getLoopMode(), 1);
-        QVERIFY(fixture.root().readFile("/apps/config/recconfig.ini").contains("LoopMode=1"));
-        QTest::keyClick(menu, Qt::Key_Escape);
-        QCOMPARE(window.optionMenu(), nullptr);
-        QVERIFY(window.isVisible());
-    }
-
-    // One walk through the screens: playing half-way, paused, quick seek with its pointer.
+    // One walk through the screens of a 70 s file: position reports (one refresh a second at
+    // most, nothing past the end), playing, paused, quick seek with its pointer.
     void screens()
     {
         PlayerFixture fixture;
@@ -240,6 +165,18 @@ private slots:
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         startOn(window, fixture, "00:01:10");
+        const struct
+        {
+            double sec;
+            int refreshedAt;
+            double position;
+        } steps[] = {{1.0, 100, 1.0}, {1.5, 100, 1.5}, {2.0, 200, 2.0}, {70.5, 200, 2.0}};
+        for (const auto &step : steps) {
+            window.changeCurrentSec(step.sec);
+            QCOMPARE(playerWnd::lastSeconds, step.refreshedAt);
+            QCOMPARE(window.currentPosition(), step.position);
+        }
+        QCOMPARE(window.timeText(), QStringLiteral("00:02"));
         window.changeCurrentSec(35.0);
         const auto barEndsAt = [](const QImage &image, int end) {
             return lit(image, 2, 22) && lit(image, end + 1, 22) && lit(image, end / 2, 21) &&
@@ -253,7 +190,7 @@ private slots:
             return !lit(image, 100, 19);
         };
 
-        const QImage playing = shoot(window, "playing");
+        const QImage playing = shoot(window, "player_playing");
         QCOMPARE(window.helpText(), QStringLiteral("Press OK to Pause"));
         QCOMPARE(window.timeText(), QStringLiteral("00:35"));
         QVERIFY(lineDrawn(playing));
@@ -268,7 +205,7 @@ private slots:
         QTest::keyClick(&window, Qt::Key_Return);
         QCOMPARE(window.shownState(), 2);
         QTRY_COMPARE(fixture.lines("/commands"), QStringList{"pause"});
-        const QImage paused = shoot(window, "paused");
+        const QImage paused = shoot(window, "player_paused");
         QCOMPARE(window.helpText(), QStringLiteral("Press OK to Play"));
         QVERIFY(lineDrawn(paused));
         QVERIFY(lit(paused, 178, 33) && lit(paused, 178, 39) && lit(paused, 175, 36) &&
@@ -278,7 +215,7 @@ private slots:
         QTest::keyPress(&window, Qt::Key_F6);
         for (int n = 0; n < 10; ++n)
             window.quickSeekPos();
-        const QImage seeking = shoot(window, "quick-seek");
+        const QImage seeking = shoot(window, "player_quick-seek");
         const int end = 60 * 254 / 100 - 3;
         QVERIFY(barEndsAt(seeking, end));
         // the pointer: a small triangle just after the bar's end
@@ -303,19 +240,33 @@ private slots:
         QCOMPARE(window.state(), playerWnd::Stopped);
     }
 
-    // No player at all: start fails, and the keys still work (Escape stops, Escape leaves).
+    // No player at all: start fails, and the keys still work: the option menu and its stored
+    // values, OK, Escape stops, Escape leaves.
     void noPlayer()
     {
         PlayerFixture fixture;
+        QVERIFY(fixture.writeSettings("PlayVolume=2\nLoopMode=0"));
         playerWnd window;
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         window.startPlay(0, QFileInfo(fixture.root().path("/mnt/mmc/a.mp3")), "00:10", 0, 0);
-        QCOMPARE(window.state(), playerWnd::Playing);
+        QTest::keyClick(&window, Qt::Key_F12);
+        ItemMenu *menu = window.optionMenu();
+        QVERIFY(menu && menu->isVisible());
+        shoot(*menu, "player_menu");
+        QTest::keyClick(menu, Qt::Key_Right);
+        QTest::keyClick(menu, Qt::Key_Down);
+        QTest::keyClick(menu, Qt::Key_Right);
+        QCOMPARE(window.volumePercent(), 60);
+        QVERIFY(fixture.settings().contains("PlayVolume=3"));
+        QVERIFY(fixture.settings().contains("LoopMode=1"));
+        QTest::keyClick(menu, Qt::Key_Escape);
+        QCOMPARE(window.optionMenu(), nullptr);
         QTest::keyClick(&window, Qt::Key_Return);
         QCOMPARE(window.shownState(), 2);
         QTest::keyClick(&window, Qt::Key_Escape);
         QCOMPARE(window.state(), playerWnd::Stopped);
+        QVERIFY(window.isVisible());
         QTest::keyClick(&window, Qt::Key_Escape);
         QTRY_VERIFY(!window.isVisible());
     }
