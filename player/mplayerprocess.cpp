@@ -57,16 +57,33 @@ QRegExp rx_stream_title_and_url = pattern("^.* StreamTitle='(.*)';StreamUrl='(.*
 
 // Capture 1 of rx_av read as a number: the run of [0-9,:.-] at from. Read in place, since this
 // runs for every status line and building the capture list costs more than the match itself.
+// The usual "123.4" is read by hand: its digits as one whole number divided once by a power of
+// ten is the same correctly rounded double that toDouble gives; anything else goes to toDouble.
 double statusSeconds(const QString &line, int from)
 {
+    static const double tens[] = {1, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9};
+    qint64 digits = 0;
+    int count = 0;
+    int decimals = -1;
+    bool plain = true;
     int end = from;
-    while (end < line.size()) {
-        const QChar c = line.at(end);
-        if ((c < QLatin1Char('0') || c > QLatin1Char('9')) && c != QLatin1Char(',') &&
-            c != QLatin1Char(':') && c != QLatin1Char('.') && c != QLatin1Char('-'))
+    for (; end < line.size(); ++end) {
+        const ushort c = line.at(end).unicode();
+        if (c >= '0' && c <= '9') {
+            digits = digits * 10 + (c - '0');
+            ++count;
+            if (decimals >= 0)
+                ++decimals;
+        } else if (c == '.' && decimals < 0) {
+            decimals = 0;
+        } else if (c == '.' || c == ',' || c == ':' || c == '-') {
+            plain = false;
+        } else {
             break;
-        ++end;
+        }
     }
+    if (plain && count > 0 && count <= 15 && decimals != 0 && decimals < 10)
+        return decimals > 0 ? double(digits) / tens[decimals] : double(digits);
     return line.midRef(from, end - from).toDouble();
 }
 

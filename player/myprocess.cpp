@@ -1,5 +1,7 @@
 #include "player/myprocess.h"
 
+#include <cstring>
+
 MyProcess::MyProcess(QObject *parent) : QProcess(parent)
 {
     setProcessChannelMode(QProcess::MergedChannels);
@@ -82,7 +84,11 @@ void MyProcess::genericRead(const QByteArray &chunk)
     int start = 0;
     int pos = canReadLine(data, 0);
     while (pos != -1) {
-        emit lineAvailable(data.mid(start, pos - start));
+        // one line buffer reused from line to line: a receiver that keeps a line holds its
+        // own copy, since the resize below then detaches
+        m_line.resize(pos - start);
+        std::memcpy(m_line.data(), data.constData() + start, size_t(pos - start));
+        emit lineAvailable(m_line);
         start = pos + 1;
         pos = canReadLine(data, start);
     }

@@ -46,4 +46,5 @@ private:
     QString m_program;
     QStringList m_arguments;
     QByteArray m_remainder;
+    QByteArray m_line;
 };

@@ -114,6 +114,26 @@ private slots:
         QTest::newRow("exit-unannounced-no-eof")
             << QByteArrayList{status, "exit"} << first + QStringList{"exited"};
     }
+    // The position read off a status line is the number toDouble reads from the same text,
+    // also where the quick path for the usual "123.4" does not apply.
+    void statusPosition_data()
+    {
+        QTest::addColumn<QString>("text");
+        for (const char *text : {"0.0", "3599.9", "007.5", "12.", "0.1234567", "123456789012.3",
+                                 "1234567890123456.7", "-0.4", "1,5", "01:02.3", "1.2.3"})
+            QTest::newRow(text) << QString::fromLatin1(text);
+    }
+    void statusPosition()
+    {
+        QFETCH(QString, text);
+        MplayerProcess process;
+        QSignalSpy sec(&process, &MplayerProcess::receivedCurrentSec);
+        process.parseLine(("A: " + text + " (00.0) of 10.0 (10.0)  0.1% ").toLatin1());
+        QCOMPARE(sec.size(), 1);
+        // to the last bit: a fuzzy comparison would hide a misrounded position
+        QCOMPARE(QByteArray::number(sec.at(0).at(0).toDouble(), 'g', 17),
+                 QByteArray::number(text.toDouble(), 'g', 17));
+    }
     void parser()
     {
         QFETCH(QByteArrayList, lines);
