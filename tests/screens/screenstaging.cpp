@@ -55,7 +55,7 @@ QImage inLanguage(const QString &language, const std::function<QImage()> &draw)
     if (!translator.load(QM_DIR "/recorder_" + language + ".qm"))
         return {};
     QCoreApplication::installTranslator(&translator);
-    const QImage picture = draw();
+    QImage picture = draw();
     QCoreApplication::removeTranslator(&translator);
     return picture;
 }
@@ -139,7 +139,7 @@ QImage playerScreen(Player state)
         QTest::keyPress(&window, Qt::Key_F6);
         for (int n = 0; n < quickSeekSteps; ++n)
             window.quickSeekPos();
-        const QImage picture = grabbed(window);
+        QImage picture = grabbed(window);
         window.stopQuickSeek();
         return picture;
     }
@@ -173,7 +173,7 @@ bool startOn(playerWnd &window, PlayerFixture &fixture, const QString &lengthTex
 {
     const QString file = fixture.root().path("/mnt/mmc/e_Music/song.mp3");
     window.startPlay(0, QFileInfo(file), lengthText, 0, 0);
-    return QTest::qWaitFor([&] { return fixture.lines("/played") == QStringList{file}; }, 10000);
+    return QTest::qWaitFor([&] { return fixture.lines("/played") == QStringList{file}; }, 30000);
 }
 
 QVector<ReadmeScreen> readmeScreens()
