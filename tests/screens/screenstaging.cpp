@@ -179,31 +179,27 @@ bool startOn(playerWnd &window, PlayerFixture &fixture, const QString &lengthTex
 QVector<ReadmeScreen> readmeScreens()
 {
     const QString english = QStringLiteral("en_US");
-    const auto recorder = [english](Recorder state) {
-        return [english, state] {
-            return inLanguage(english, [state] { return recorderScreen(state); });
-        };
+    const auto in = [](const QString &language, const std::function<QImage()> &draw) {
+        return [language, draw] { return inLanguage(language, draw); };
     };
+    const auto recorder = [](Recorder state) { return [state] { return recorderScreen(state); }; };
     const auto player = [](Player state) { return [state] { return playerScreen(state); }; };
     QVector<ReadmeScreen> screens{
-        {"recorder-idle", recorder(Recorder::Idle)},
-        {"recorder-recording", recorder(Recorder::Recording)},
-        {"recorder-paused", recorder(Recorder::Paused)},
-        {"recorder-save-question", [english] { return inLanguage(english, saveQuestion); }},
-        {"recorder-options", recorder(Recorder::Options)},
-        {"recorder-no-space", [english] { return inLanguage(english, noSpaceMessage); }},
-        {"player-playing", player(Player::Playing)},
-        {"player-paused", player(Player::Paused)},
-        {"player-quick-seek", player(Player::QuickSeek)},
-        {"player-options", player(Player::Options)},
+        {"recorder-idle", in(english, recorder(Recorder::Idle))},
+        {"recorder-recording", in(english, recorder(Recorder::Recording))},
+        {"recorder-paused", in(english, recorder(Recorder::Paused))},
+        {"recorder-save-question", in(english, saveQuestion)},
+        {"recorder-options", in(english, recorder(Recorder::Options))},
+        {"recorder-no-space", in(english, noSpaceMessage)},
+        {"player-playing", in(english, player(Player::Playing))},
+        {"player-paused", in(english, player(Player::Paused))},
+        {"player-quick-seek", in(english, player(Player::QuickSeek))},
+        {"player-options", in(english, player(Player::Options))},
     };
     // the start-up table's languages
     for (const QString &language : QStringLiteral(RECORDER_LANGUAGES).split(QLatin1Char(' '))) {
         if (language != english)
-            screens.append({"recorder-idle-" + language, [language] {
-                                return inLanguage(language,
-                                                  [] { return recorderScreen(Recorder::Idle); });
-                            }});
+            screens.append({"recorder-idle-" + language, in(language, recorder(Recorder::Idle))});
     }
     return screens;
 }
