@@ -371,6 +371,9 @@ void playerWnd::newPlayOptionMenu()
     auto *loop = new KoSpinBox(m_optionMenu);
     loop->setText1(tr("Loop Mode"));
     loop->addItem(QVector<QString>{"Repeat one", "Pepeat all", "Not repeat"});
+    // the loop modes are wider than the room between the arrows at their usual place: the value
+    // block moves left, where the caption still ends well before it
+    loop->setGoFrontFlag(true);
     loop->setCurIndex(settings->getLoopMode());
     connect(loop, &SpinItems::triggered, this, &playerWnd::loopModeChangeSlot);
     m_optionMenu->addItem(loop);

@@ -7,24 +7,13 @@
 #include "player/playerwnd.h"
 #include "playerfixture.h"
 #include "screenpixels.h"
+#include "screenstaging.h"
 #include "storage/configwidget.h"
 #include "widgets/itemmenu.h"
 
 #include <QApplication>
 #include <QSignalSpy>
 #include <QtTest>
-
-namespace {
-
-// Plays a (scripted) file of the given length and waits until the player has started.
-void startOn(playerWnd &window, PlayerFixture &fixture, const QString &lengthText)
-{
-    const QString file = fixture.root().path("/mnt/mmc/e_Music/song.mp3");
-    window.startPlay(0, QFileInfo(file), lengthText, 0, 0);
-    QTRY_COMPARE(fixture.lines("/played"), QStringList{file});
-}
-
-} // namespace
 
 class TestPlayerWnd : public QObject
 {
@@ -89,7 +78,7 @@ private slots:
         PlayerFixture fixture;
         QVERIFY(fixture.installScriptedPlayer());
         playerWnd window;
-        startOn(window, fixture, length);
+        QVERIFY(startOn(window, fixture, length));
         window.changeCurrentSec(position);
         QTest::keyPress(&window, Qt::Key(key));
         for (int n = 0; n < ticks; ++n)
@@ -139,7 +128,7 @@ private slots:
         QCopChannel::flush();
         {
             playerWnd window;
-            startOn(window, fixture, "00:01:40");
+            QVERIFY(startOn(window, fixture, "00:01:40"));
             window.changePause();
             window.changeCurrentSec(1.0);
             window.stopMplayer();
@@ -164,7 +153,7 @@ private slots:
         playerWnd window;
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
-        startOn(window, fixture, "00:01:10");
+        QVERIFY(startOn(window, fixture, "00:01:10"));
         const struct
         {
             double sec;
@@ -253,10 +242,20 @@ private slots:
         QTest::keyClick(&window, Qt::Key_F12);
         ItemMenu *menu = window.optionMenu();
         QVERIFY(menu && menu->isVisible());
-        shoot(*menu, "player_menu");
+        // the loop mode's value stays clear of its arrows (left 150-157, right 245-252)
+        const auto valueClear = [](const QImage &image) {
+            for (int y = 25; y <= 40; ++y) {
+                for (int x : {159, 160, 161, 241, 242, 243})
+                    if (lit(image, x, y))
+                        return false;
+            }
+            return true;
+        };
+        QVERIFY(valueClear(shoot(*menu, "player_menu")));
         QTest::keyClick(menu, Qt::Key_Right);
         QTest::keyClick(menu, Qt::Key_Down);
         QTest::keyClick(menu, Qt::Key_Right);
+        QVERIFY(valueClear(shoot(*menu, "player_menu_pepeat-all")));
         QCOMPARE(window.volumePercent(), 60);
         QVERIFY(fixture.settings().contains("PlayVolume=3"));
         QVERIFY(fixture.settings().contains("LoopMode=1"));

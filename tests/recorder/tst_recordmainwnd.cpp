@@ -3,6 +3,7 @@
 #include "recorder/recordmainwnd.h"
 #include "recorder/recordthread.h"
 #include "screenpixels.h"
+#include "screenstaging.h"
 #include "shelllistener.h"
 #include "storage/audioinfo.h"
 #include "storage/configwidget.h"
@@ -127,7 +128,7 @@ private slots:
             QVERIFY(lit(idle, x, 20) && !lit(idle, x, 19));
         QVERIFY(!lit(idle, 178, 36) && lit(idle, 178, 33) && lit(idle, 175, 36));
 
-        startRecording(window);
+        QVERIFY(startRecording(window));
         const QString file = window.getCurFileName();
         const QString today = QDate::currentDate().toString(QStringLiteral("yyMMdd"));
         QCOMPARE(file, root->path("/mnt/mmc/e_Recorder/" + today + ".mp3"));
@@ -192,7 +193,7 @@ private slots:
         QFETCH(QList<Qt::Key>, answer);
         QFETCH(bool, kept);
         RecordMainWnd window(nullptr, 0);
-        startRecording(window);
+        QVERIFY(startRecording(window));
         const QString file = window.getCurFileName();
         QTest::qWait(ms); // the interval under test, not a wait for something
         if (seconds > 0)  // a file there to keep or delete
@@ -215,7 +216,7 @@ private slots:
     void fourHourSplit()
     {
         RecordMainWnd window(nullptr, 0); // not shown: thousands of ticks without painting
-        startRecording(window);
+        QVERIFY(startRecording(window));
         const QString first = window.getCurFileName();
         QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(first), 10000);
         tickTo(window, 14400);
@@ -325,7 +326,7 @@ private slots:
         RecordMainWnd window(nullptr, 0);
         window.show();
         if (recording)
-            startRecording(window);
+            QVERIFY(startRecording(window));
         // through the bus, as the shell sends it
         QVERIFY(QCopChannel::send(QStringLiteral("recorderprocess"), message, data));
         if (closes)
@@ -410,7 +411,7 @@ private slots:
         QVERIFY(named.installEncoders());
         freshSettings();
         RecordMainWnd window(nullptr, 0);
-        startRecording(window);
+        QVERIFY(startRecording(window));
         const QString name = QFileInfo(window.getCurFileName()).fileName();
         const QByteArray file = named.rootBytes() + "/mnt/mmc/e_Recorder/" + name.toLatin1();
         QTRY_VERIFY_WITH_TIMEOUT(rawSize(file) > 0, 10000);
@@ -445,21 +446,6 @@ private slots:
     }
 
 private:
-    void startRecording(RecordMainWnd &window)
-    {
-        QTest::keyClick(&window, Qt::Key_Return);
-        QCOMPARE(bRecPause.load(), int(RECSOUND_RECING));
-        // the test counts the seconds itself
-        window.findChild<QTimer *>()->stop();
-    }
-
-    void tickTo(RecordMainWnd &window, int seconds)
-    {
-        while (window.recordedSeconds() < seconds)
-            window.updateRecTime();
-        window.findChild<QTimer *>()->stop();
-    }
-
     std::unique_ptr<TestDeviceRoot> root;
 };
 
