@@ -326,12 +326,15 @@ private slots:
         window.show();
         if (recording)
             startRecording(window);
-        // through the bus, as the shell sends it
+        QCopChannel beside(QStringLiteral("recorderprocess"));
+        QSignalSpy heard(&beside, &QCopChannel::received);
+        QCopChannel::flush();
+        // through the bus, as the shell sends it; then one more, which comes in after it
         QVERIFY(QCopChannel::send(QStringLiteral("recorderprocess"), message, data));
+        QVERIFY(QCopChannel::send(QStringLiteral("recorderprocess"), "noise(QString)", "x"));
+        QTRY_COMPARE_WITH_TIMEOUT(heard.count(), 2, 5000);
         if (closes)
             QTRY_VERIFY_WITH_TIMEOUT(!window.isVisible(), 5000);
-        else
-            QTest::qWait(300); // nothing is expected to happen: give it the chance to
         QCOMPARE(window.isVisible(), !closes);
         QCOMPARE(bRecPause.load(), int(recording && !closes ? RECSOUND_RECING : RECSOUND_STOPPED));
         // beyond the recorder's own wake-up messages
