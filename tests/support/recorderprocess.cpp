@@ -37,6 +37,7 @@ void RecorderProcess::showOn(const QString &display)
 bool RecorderProcess::start(const QStringList &arguments)
 {
     m_process.setProcessEnvironment(m_env);
+    m_process.setStandardOutputFile(QProcess::nullDevice()); // its log goes to standard error
     if (m_wrapper.isEmpty())
         m_process.start(QStringLiteral(RECORDER_BIN), arguments);
     else
@@ -48,7 +49,6 @@ bool RecorderProcess::start(const QStringList &arguments)
 void RecorderProcess::drain()
 {
     m_err += m_process.readAllStandardError();
-    m_out += m_process.readAllStandardOutput();
 }
 
 bool RecorderProcess::waitForError(const QByteArray &text, int timeoutMs)
@@ -86,12 +86,6 @@ QByteArray RecorderProcess::standardError()
 {
     drain();
     return m_err;
-}
-
-QByteArray RecorderProcess::standardOutput()
-{
-    drain();
-    return m_out;
 }
 
 char processState(qint64 pid)
