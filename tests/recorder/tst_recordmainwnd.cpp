@@ -2,6 +2,7 @@
 #include "app/startup.h"
 #include "recorder/recordmainwnd.h"
 #include "recorder/recordthread.h"
+#include "recorderprocess.h"
 #include "screenpixels.h"
 #include "shelllistener.h"
 #include "storage/audioinfo.h"
@@ -54,20 +55,6 @@ private:
     QTimer m_poll;
     QPointer<QWidget> m_last;
 };
-
-// The encoders the engine started and has not reaped yet: children of any thread of this test.
-QList<int> childProcesses()
-{
-    QList<int> found;
-    for (const QString &task : QDir(QStringLiteral("/proc/self/task")).entryList(QDir::Dirs)) {
-        QFile children(QStringLiteral("/proc/self/task/%1/children").arg(task));
-        if (children.open(QIODevice::ReadOnly))
-            for (const QByteArray &pid : children.readAll().split(' '))
-                if (pid.toInt() > 0)
-                    found << pid.toInt();
-    }
-    return found;
-}
 
 // the settings store is read again, from the device root in use
 void freshSettings()

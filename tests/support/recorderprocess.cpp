@@ -1,7 +1,10 @@
 #include "recorderprocess.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+
+#include <unistd.h>
 
 RecorderProcess::RecorderProcess(const QString &deviceRoot)
     : m_env(QProcessEnvironment::systemEnvironment())
@@ -93,4 +96,18 @@ char processState(qint64 pid)
     QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
     const QByteArray tail = stat.open(QIODevice::ReadOnly) ? stat.readAll().split(')').last() : "";
     return tail.size() > 1 ? tail.at(1) : 0;
+}
+
+QList<qint64> childProcesses()
+{
+    // "pid (name) state ppid ...": the name may hold blanks, so count from its end
+    QList<qint64> children;
+    const QByteArray me = QByteArray::number(::getpid());
+    for (const QString &entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+        QFile stat(QStringLiteral("/proc/") + entry + QStringLiteral("/stat"));
+        const QByteArray line = stat.open(QIODevice::ReadOnly) ? stat.readAll() : QByteArray();
+        if (line.mid(line.lastIndexOf(')') + 2).split(' ').value(1) == me)
+            children << entry.toLongLong();
+    }
+    return children;
 }

@@ -44,3 +44,6 @@ private:
 // The state letter of /proc/<pid>/stat ('T' stopped by a signal, 'S' sleeping, 'Z' a zombie),
 // 0 when there is no such process.
 char processState(qint64 pid);
+
+// Process ids of this process's children that still exist (zombies included).
+QList<qint64> childProcesses();
