@@ -91,11 +91,8 @@ private slots:
     {
         QFETCH(QByteArray, ini);
         QFETCH(int, language);
-        QFETCH(int, scanDirection);
         QFETCH(int, ocrEngine);
         QFETCH(int, speechLanguage);
-        QFETCH(QList<int>, speeds);
-        QFETCH(QList<int>, volumes);
         QVERIFY(m_root.writeFile(QStringLiteral("/apps/config/config.ini"), ini));
 
         messages.clear();
@@ -106,11 +103,11 @@ private slots:
         // the engines are made on first use, and the speech engine really started
         QVERIFY(OCRPen::ocr && TTSPlayer::player);
         QCOMPARE(ConfigReader::reader->getLanInfo(), language);
-        QCOMPARE(ConfigReader::reader->getScanDirectInfo(), scanDirection);
+        QTEST(ConfigReader::reader->getScanDirectInfo(), "scanDirection");
         QCOMPARE(logged(QStringLiteral("aLanguages=")), QList<int>{ocrEngine});
         QCOMPARE(logged(QStringLiteral("TTSPlayer::setLan")), QList<int>{speechLanguage});
-        QCOMPARE(logged(QStringLiteral("in TTSPlayer::setSpeed")), speeds);
-        QCOMPARE(logged(QStringLiteral("##########in TTSPlayer::setVolume---")), volumes);
+        QTEST(logged(QStringLiteral("in TTSPlayer::setSpeed")), "speeds");
+        QTEST(logged(QStringLiteral("##########in TTSPlayer::setVolume---")), "volumes");
         QVERIFY(messages.contains(QStringLiteral("SetSpeed success")));
 
         // the language is written back even when it did not change
