@@ -89,18 +89,20 @@ run_with_display() {
     QT_QPA_PLATFORM=xcb QT_SCALE_FACTOR=3 "$player" >"$log" 2>&1
 }
 
+# The file holds the text beyond its first $3 lines (those already seen).
+has_line() {
+    tail -n "+$(("${3:-0}" + 1))" "$1" | grep -qF -- "$2"
+}
+
+line_or_player_gone() {
+    has_line "$@" || { [ -n "$PLAYER_PID" ] && ! kill -0 "$PLAYER_PID" 2>/dev/null; }
+}
+
 # Waits (up to 30 s) until the file holds the text; $3: lines already seen that do not count.
 wait_for_line() {
-    local tries
-    for tries in $(seq 300); do
-        if tail -n "+$(("${3:-0}" + 1))" "$1" | grep -qF -- "$2"; then
-            return 0
-        fi
-        if [ -n "$PLAYER_PID" ] && ! kill -0 "$PLAYER_PID" 2>/dev/null; then
-            break
-        fi
-        sleep 0.1
-    done
+    if wait_until 30 line_or_player_gone "$@" && has_line "$@"; then
+        return 0
+    fi
     echo "player: \"$2\" did not come (see $log)" >&2
     return 1
 }
@@ -122,15 +124,15 @@ pointer_shown() {
         pnmtoplainpnm | tail -n +4 | tr -s ' \n' '\n' | grep -qE '^(1[3-9][0-9]|2[0-9][0-9])$'
 }
 
+bar_reached() {
+    [ "$(bar_end)" -ge "$1" ] && { [ "${2:-}" != plain ] || ! pointer_shown; }
+}
+
 # Waits (up to 30 s) until the bar ends at least at x $1; with "plain", also without the pointer.
 wait_for_bar() {
-    local tries
-    for tries in $(seq 300); do
-        if [ "$(bar_end)" -ge "$1" ] && { [ "${2:-}" != plain ] || ! pointer_shown; }; then
-            return 0
-        fi
-        sleep 0.1
-    done
+    if wait_until 30 bar_reached "$@"; then
+        return 0
+    fi
     echo "player: the bar did not reach x $1 (it ends at $(bar_end))" >&2
     return 1
 }

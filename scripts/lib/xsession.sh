@@ -156,22 +156,24 @@ x_wait_pixel() {
 
 # The clock is counted by its pictures: each second shows a new one. A picture counts once it
 # is read twice in a row, so that one caught half drawn is not taken for a second.
+x_clock_went_on() {
+    local now
+    now="$(x_cut 186 22 70 24 | md5sum)"
+    if [ "$now" = "$X_CLOCK_LAST" ] && ! grep -qxF "$now" <<<"$X_CLOCK_SEEN"; then
+        X_CLOCK_SEEN+="$now"$'\n'
+    fi
+    X_CLOCK_LAST="$now"
+    # the first picture is the time the wait began at
+    [ "$(grep -c . <<<"$X_CLOCK_SEEN")" -gt "$1" ]
+}
+
 x_wait_clock() {
-    local deadline=$((SECONDS + X_STEP_SECONDS + 5 * $1)) seen="" last="" now
-    while [ "$SECONDS" -lt "$deadline" ]; do
-        now="$(x_cut 186 22 70 24 | md5sum)"
-        if [ "$now" = "$last" ] && ! grep -qxF "$now" <<<"$seen"; then
-            seen+="$now"$'\n'
-            # the first picture is the time the wait began at
-            if [ "$(grep -c . <<<"$seen")" -gt "$1" ]; then
-                return 0
-            fi
-        fi
-        last="$now"
-        sleep 0.1
-    done
-    echo "the recorder's clock did not go on by $1 s" >&2
-    return 1
+    X_CLOCK_SEEN=""
+    X_CLOCK_LAST=""
+    if ! wait_until $((X_STEP_SECONDS + 5 * $1)) x_clock_went_on "$1"; then
+        echo "the recorder's clock did not go on by $1 s" >&2
+        return 1
+    fi
 }
 
 # qcop writes into sed through a pipe that only these two hold, so that sed ends once qcop has.

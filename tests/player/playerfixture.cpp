@@ -6,8 +6,6 @@
 #include <QFile>
 #include <QProcess>
 
-#include <unistd.h>
-
 PlayerFixture::PlayerFixture()
 {
     // no test makes a sound on a machine that has a sound card
@@ -68,18 +66,4 @@ bool PlayerFixture::writeSettings(const QByteArray &lines)
 QStringList PlayerFixture::lines(const QString &devicePath) const
 {
     return QString::fromLocal8Bit(m_root.readFile(devicePath)).split('\n', Qt::SkipEmptyParts);
-}
-
-QList<qint64> childProcesses()
-{
-    // "pid (name) state ppid ...": the name may hold blanks, so count from its end
-    QList<qint64> children;
-    const QByteArray me = QByteArray::number(::getpid());
-    for (const QString &entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
-        QFile stat(QStringLiteral("/proc/") + entry + QStringLiteral("/stat"));
-        const QByteArray line = stat.open(QIODevice::ReadOnly) ? stat.readAll() : QByteArray();
-        if (line.mid(line.lastIndexOf(')') + 2).split(' ').value(1) == me)
-            children << entry.toLongLong();
-    }
-    return children;
 }

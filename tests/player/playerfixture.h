@@ -1,5 +1,6 @@
 #pragma once
 
+#include "recorderprocess.h"
 #include "testdeviceroot.h"
 
 #include <QByteArray>
@@ -7,7 +8,7 @@
 
 // What the player tests share: sound files made with sox in the device root, the pen's
 // /usr/bin/mplayer (the device simulation's stand-in, or a small script that plays a part), and
-// a look at this process's children.
+// a look at this process's children (childProcesses()).
 class PlayerFixture
 {
 public:
@@ -37,6 +38,3 @@ public:
 private:
     TestDeviceRoot m_root;
 };
-
-// Process ids of this process's children that still exist (zombies included).
-QList<qint64> childProcesses();

@@ -96,14 +96,13 @@ private slots:
         const qint64 encoder = encoderPids(m_root).value(0);
         QCOMPARE(commandLine(encoder), "shine -b 96 -s 24000 " + m_root.path(card(".mp3")));
         QTRY_VERIFY_WITH_TIMEOUT(lit(shot("recording"), 175, 33), stepTimeoutMs);
-        QTest::qWait(6000); // the length of the recording is under test
+        QTRY_VERIFY_WITH_TIMEOUT(secondsOnCard(".mp3") >= 6, stepTimeoutMs);
         QVERIFY(press("Return"));
         QTRY_COMPARE_WITH_TIMEOUT(processState(encoder), 'T', stepTimeoutMs);
         QTRY_VERIFY_WITH_TIMEOUT(!lit(shot("paused"), 175, 33), stepTimeoutMs);
-        QTest::qWait(2000);
         QVERIFY(press("Return"));
         QTRY_VERIFY_WITH_TIMEOUT(processState(encoder) != 'T', stepTimeoutMs);
-        QTest::qWait(2000);
+        QTRY_VERIFY_WITH_TIMEOUT(secondsOnCard(".mp3") >= 8, stepTimeoutMs);
 
         QVERIFY(press("Escape"));
         QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 2, stepTimeoutMs);
@@ -115,7 +114,7 @@ private slots:
         QCOMPARE(m_root.recordingList().value(0), card(".mp3"));
         audioinfo info;
         QCOMPARE(getaudioinfo(m_root.path(card(".mp3")).toLocal8Bit(), &info), 0);
-        // six seconds recorded, two paused, two more recorded
+        // six seconds recorded, then two more after the pause: nothing lost, nothing added
         QVERIFY2(qAbs(info.seconds - 8) <= 1.5, qPrintable(QString::number(info.seconds)));
 
         // an Escape while idle leaves the program
@@ -147,7 +146,7 @@ private slots:
         const qint64 encoder = encoderPids(m_root).value(0);
         // the day's first recording is on the card already
         QCOMPARE(commandLine(encoder), "record2wav " + m_root.path(card("_1.wav")) + " 11025");
-        QTest::qWait(6000); // long enough to be kept
+        QTRY_VERIFY_WITH_TIMEOUT(secondsOnCard("_1.wav") >= 6, stepTimeoutMs); // to be kept
         QVERIFY(press("Return"));
         QTRY_COMPARE_WITH_TIMEOUT(processState(encoder), 'T', stepTimeoutMs);
 
@@ -166,7 +165,7 @@ private slots:
     {
         QVERIFY(press("Return"));
         QTRY_COMPARE_WITH_TIMEOUT(encoderPids(m_root).size(), 1, stepTimeoutMs);
-        QTest::qWait(2000);
+        QTRY_VERIFY_WITH_TIMEOUT(secondsOnCard("_2.wav") >= 1, stepTimeoutMs);
         m_recorder.kill();
         QTRY_VERIFY_WITH_TIMEOUT(encoderPids(m_root).isEmpty(), 1000);
         // listed when it started, so a crash does not lose it
@@ -178,6 +177,13 @@ private:
     QStringList windows() const { return m_x.visibleWindows(m_recorder.pid()); }
     bool press(const QString &key) const { return m_x.pressKey(m_recorder.pid(), key); }
     QString card(const QString &suffix) const { return "/mnt/mmc/e_Recorder/" + m_day + suffix; }
+    // Seconds of sound in the recording on the card so far, by its size: 96 kbit/s MP3 or 11025 Hz
+    // 16-bit mono WAV after its 44-byte header. The encoders write as the sound comes.
+    double secondsOnCard(const QString &suffix) const
+    {
+        const qint64 size = QFileInfo(m_root.path(card(suffix))).size();
+        return suffix.endsWith(".mp3") ? size / 12000.0 : (size - 44) / 22050.0;
+    }
     // The recorder's screen, 256 x 64 at the origin, kept as a picture under the screens folder.
     QImage shot(const QString &name) const
     {

@@ -20,12 +20,8 @@ namespace {
 const char idleHelp[] = "Press OK to Record";
 
 // The translations of the start-up table, in its order: list positions 0..7 of the sample
-// language table choose them in this order too, each logged with its line.
+// language table choose them in this order too.
 const QStringList names{"zh_CN", "en_US", "Ger", "Fre", "Ita", "Rus", "zh_TW", "Spa"};
-// after "lan is "
-const QStringList logLines{
-    "chinese",         "english",         "KO_LANG_GREMAN",      "KO_LANG_FRENCH",
-    "KO_LANG_ITALIAN", "KO_LANG_RUSSIAN", "KO_LANG_TRADITIONAL", "KO_LANG_SPANISH"};
 
 QString builtTranslation(const QString &name)
 {
@@ -118,9 +114,6 @@ private slots:
         LanguageManager::quitFun();
         QCOMPARE(LanguageManager::Instance()->init(), 0);
         QTranslator translator;
-        if (!name.isEmpty())
-            QTest::ignoreMessage(QtDebugMsg,
-                                 qPrintable("lan is " + logLines.at(qMax(position, 0))));
         applyTranslation(*qApp, translator,
                          LanguageManager::Instance()->getLanIntByID(readSystemLanguage()));
         const QString shown = RecordMainWnd(nullptr, 0).helpText();

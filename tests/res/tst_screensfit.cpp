@@ -214,12 +214,9 @@ private slots:
         recorder.showOn(x.display());
         QVERIFY(recorder.start());
 
-        // "nits" and "nitsbold" stand for the family loaded from the device root
-        const QString family = loadPenFonts();
-        QCOMPARE(QFont::substitute("nits"), family.toLower()); // Qt keeps them in lower case
-        QCOMPARE(QFont::substitute("nitsbold"), family.toLower());
-        QCOMPARE(QFontInfo(QFont("nits")).family(), family);
-        QVERIFY(recorder.waitForError("font nits is \"" + family.toUtf8() + '"', 60000));
+        // "nits" stands for the family loaded from the device root here; a program drawing with
+        // another font shows other pixels
+        QCOMPARE(QFontInfo(QFont("nits")).family(), loadPenFonts());
 
         QTranslator translator;
         QVERIFY(translator.load(QM_DIR "/recorder_zh_CN.qm"));

@@ -1,7 +1,10 @@
 #include "recorderprocess.h"
 
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+
+#include <unistd.h>
 
 RecorderProcess::RecorderProcess(const QString &deviceRoot)
     : m_env(QProcessEnvironment::systemEnvironment())
@@ -37,6 +40,7 @@ void RecorderProcess::showOn(const QString &display)
 bool RecorderProcess::start(const QStringList &arguments)
 {
     m_process.setProcessEnvironment(m_env);
+    m_process.setStandardOutputFile(QProcess::nullDevice()); // its log goes to standard error
     if (m_wrapper.isEmpty())
         m_process.start(QStringLiteral(RECORDER_BIN), arguments);
     else
@@ -48,7 +52,6 @@ bool RecorderProcess::start(const QStringList &arguments)
 void RecorderProcess::drain()
 {
     m_err += m_process.readAllStandardError();
-    m_out += m_process.readAllStandardOutput();
 }
 
 bool RecorderProcess::waitForError(const QByteArray &text, int timeoutMs)
@@ -88,15 +91,23 @@ QByteArray RecorderProcess::standardError()
     return m_err;
 }
 
-QByteArray RecorderProcess::standardOutput()
-{
-    drain();
-    return m_out;
-}
-
 char processState(qint64 pid)
 {
     QFile stat(QStringLiteral("/proc/%1/stat").arg(pid));
     const QByteArray tail = stat.open(QIODevice::ReadOnly) ? stat.readAll().split(')').last() : "";
     return tail.size() > 1 ? tail.at(1) : 0;
+}
+
+QList<qint64> childProcesses()
+{
+    // "pid (name) state ppid ...": the name may hold blanks, so count from its end
+    QList<qint64> children;
+    const QByteArray me = QByteArray::number(::getpid());
+    for (const QString &entry : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+        QFile stat(QStringLiteral("/proc/") + entry + QStringLiteral("/stat"));
+        const QByteArray line = stat.open(QIODevice::ReadOnly) ? stat.readAll() : QByteArray();
+        if (line.mid(line.lastIndexOf(')') + 2).split(' ').value(1) == me)
+            children << entry.toLongLong();
+    }
+    return children;
 }

@@ -27,7 +27,6 @@ public:
     void kill();
 
     QByteArray standardError();
-    QByteArray standardOutput();
     int exitCode() const { return m_process.exitCode(); }
     QProcess::ExitStatus exitStatus() const { return m_process.exitStatus(); }
     qint64 pid() const { return m_process.processId(); }
@@ -40,9 +39,11 @@ private:
     QStringList m_wrapper;
     QProcessEnvironment m_env;
     QByteArray m_err;
-    QByteArray m_out;
 };
 
 // The state letter of /proc/<pid>/stat ('T' stopped by a signal, 'S' sleeping, 'Z' a zombie),
 // 0 when there is no such process.
 char processState(qint64 pid);
+
+// Process ids of this process's children that still exist (zombies included).
+QList<qint64> childProcesses();

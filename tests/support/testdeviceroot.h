@@ -20,7 +20,6 @@ public:
     TestDeviceRoot(const TestDeviceRoot &) = delete;
     TestDeviceRoot &operator=(const TestDeviceRoot &) = delete;
 
-    bool isValid() const { return m_dir.isValid(); }
     QString root() const { return QFile::decodeName(m_root); }
     QByteArray rootBytes() const { return m_root; }
     // the real location of a device path such as "/apps/config/recconfig.ini"
