@@ -11,6 +11,7 @@
 #include <QApplication>
 #include <QSocketNotifier>
 #include <QTextCodec>
+#include <QTranslator>
 
 #include <csignal>
 #include <sys/socket.h>
@@ -50,6 +51,9 @@ int main(int argc, char *argv[])
     QApplication app(argc, argv);
     QApplication::setPalette(recorderPalette());
     quitOnTermination(app);
+    // the texts in the language the user chose for the pen
+    QTranslator translator;
+    applyTranslation(app, translator, readSystemLanguage());
 
     FileManager files;
     files.load();

@@ -116,4 +116,23 @@
         <translation>Espace de stockage insuffisant. Supprimez des fichiers.</translation>
     </message>
 </context>
+<context>
+    <name>playerWnd</name>
+    <message>
+        <source>Volume</source>
+        <translation>Volume</translation>
+    </message>
+    <message>
+        <source>Loop Mode</source>
+        <translation>Répétition</translation>
+    </message>
+    <message>
+        <source>Press OK to Pause</source>
+        <translation>OK pour suspendre</translation>
+    </message>
+    <message>
+        <source>Press OK to Play</source>
+        <translation>OK pour lire</translation>
+    </message>
+</context>
 </TS>

@@ -116,4 +116,23 @@
         <translation>Nicht genug Speicherplatz. Bitte löschen Sie einige Dateien.</translation>
     </message>
 </context>
+<context>
+    <name>playerWnd</name>
+    <message>
+        <source>Volume</source>
+        <translation>Lautstärke</translation>
+    </message>
+    <message>
+        <source>Loop Mode</source>
+        <translation>Wiederholen</translation>
+    </message>
+    <message>
+        <source>Press OK to Pause</source>
+        <translation>Mit OK pausieren</translation>
+    </message>
+    <message>
+        <source>Press OK to Play</source>
+        <translation>Mit OK abspielen</translation>
+    </message>
+</context>
 </TS>

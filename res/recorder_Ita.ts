@@ -116,4 +116,23 @@
         <translation>Spazio insufficiente. Eliminare alcuni file.</translation>
     </message>
 </context>
+<context>
+    <name>playerWnd</name>
+    <message>
+        <source>Volume</source>
+        <translation>Volume</translation>
+    </message>
+    <message>
+        <source>Loop Mode</source>
+        <translation>Ripetizione</translation>
+    </message>
+    <message>
+        <source>Press OK to Pause</source>
+        <translation>OK per sospendere</translation>
+    </message>
+    <message>
+        <source>Press OK to Play</source>
+        <translation>OK per riprodurre</translation>
+    </message>
+</context>
 </TS>

@@ -116,4 +116,23 @@
         <translation>Недостаточно места. Удалите часть файлов.</translation>
     </message>
 </context>
+<context>
+    <name>playerWnd</name>
+    <message>
+        <source>Volume</source>
+        <translation>Громкость</translation>
+    </message>
+    <message>
+        <source>Loop Mode</source>
+        <translation>Повтор</translation>
+    </message>
+    <message>
+        <source>Press OK to Pause</source>
+        <translation>OK – пауза</translation>
+    </message>
+    <message>
+        <source>Press OK to Play</source>
+        <translation>OK – слушать</translation>
+    </message>
+</context>
 </TS>

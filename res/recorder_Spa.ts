@@ -116,4 +116,23 @@
         <translation>Espacio insuficiente. Elimine algunos archivos.</translation>
     </message>
 </context>
+<context>
+    <name>playerWnd</name>
+    <message>
+        <source>Volume</source>
+        <translation>Volumen</translation>
+    </message>
+    <message>
+        <source>Loop Mode</source>
+        <translation>Repetición</translation>
+    </message>
+    <message>
+        <source>Press OK to Pause</source>
+        <translation>OK para pausar</translation>
+    </message>
+    <message>
+        <source>Press OK to Play</source>
+        <translation>OK para reproducir</translation>
+    </message>
+</context>
 </TS>

@@ -116,4 +116,23 @@
         <translation>No enough storage space, please remove some files.</translation>
     </message>
 </context>
+<context>
+    <name>playerWnd</name>
+    <message>
+        <source>Volume</source>
+        <translation>Volume</translation>
+    </message>
+    <message>
+        <source>Loop Mode</source>
+        <translation>Loop Mode</translation>
+    </message>
+    <message>
+        <source>Press OK to Pause</source>
+        <translation>Press OK to Pause</translation>
+    </message>
+    <message>
+        <source>Press OK to Play</source>
+        <translation>Press OK to Play</translation>
+    </message>
+</context>
 </TS>

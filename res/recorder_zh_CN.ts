@@ -116,4 +116,23 @@
         <translation>存储空间不足，请删除部分文件。</translation>
     </message>
 </context>
+<context>
+    <name>playerWnd</name>
+    <message>
+        <source>Volume</source>
+        <translation>音量</translation>
+    </message>
+    <message>
+        <source>Loop Mode</source>
+        <translation>循环模式</translation>
+    </message>
+    <message>
+        <source>Press OK to Pause</source>
+        <translation>按OK键暂停</translation>
+    </message>
+    <message>
+        <source>Press OK to Play</source>
+        <translation>按OK键播放</translation>
+    </message>
+</context>
 </TS>

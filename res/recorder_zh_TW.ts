@@ -116,4 +116,23 @@
         <translation>儲存空間不足，請刪除部分檔案。</translation>
     </message>
 </context>
+<context>
+    <name>playerWnd</name>
+    <message>
+        <source>Volume</source>
+        <translation>音量</translation>
+    </message>
+    <message>
+        <source>Loop Mode</source>
+        <translation>循環模式</translation>
+    </message>
+    <message>
+        <source>Press OK to Pause</source>
+        <translation>按OK鍵暫停</translation>
+    </message>
+    <message>
+        <source>Press OK to Play</source>
+        <translation>按OK鍵播放</translation>
+    </message>
+</context>
 </TS>
