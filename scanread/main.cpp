@@ -1,7 +1,7 @@
 // scanread: the scan text view full screen, with speech. Lines scanned with the pen (on a PC:
 // devsim/scanline) are recognised, appended and selected; OK reads the selection aloud with the
 // spoken word highlighted, Left/Right select words, Escape stops reading and then leaves.
-// Each recognised line and the view's text are reported on standard output.
+// Each recognised line and the view's text are reported on standard error.
 #include "app/qcopchannel.h"
 #include "app/quitontermination.h"
 #include "app/startup.h"
@@ -37,17 +37,14 @@ int main(int argc, char *argv[])
         QObject::connect(&view, &MyEdit::signalEsc, &app, &QApplication::quit);
         QObject::connect(&view, &MyEdit::signalRecFinished, &view, [&view](const QString &text) {
             const QTextCursor cursor = view.textCursor();
-            std::printf("scanread: recognised \"%s\"\nscanread: view \"%s\" selected %d-%d\n",
-                        text.toUtf8().constData(), view.toPlainText().toUtf8().constData(),
-                        cursor.selectionStart(), cursor.selectionEnd());
-            std::fflush(stdout);
+            std::fprintf(stderr,
+                         "scanread: recognised \"%s\"\nscanread: view \"%s\" selected %d-%d\n",
+                         text.toUtf8().constData(), view.toPlainText().toUtf8().constData(),
+                         cursor.selectionStart(), cursor.selectionEnd());
         });
         view.show();
-        if (RecChar::init() == 0)
-            std::puts("scanread: scanner ready");
-        else
-            std::puts("scanread: no scanner");
-        std::fflush(stdout);
+        std::fputs(RecChar::init() == 0 ? "scanread: scanner ready\n" : "scanread: no scanner\n",
+                   stderr);
         result = QApplication::exec();
         // no scanned line may reach the view while it goes
         RecChar::Uninitial();

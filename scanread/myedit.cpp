@@ -115,6 +115,9 @@ void MyEdit::changeScrollBar()
 int MyEdit::Recognize(_stImg *img)
 {
     StopTTS();
+    // a new line ends the reading: its words are lit no more
+    resetHighlights();
+    restoreAfterReading();
     if (m_recThread->isRunning()) {
         freeImg(img);
         return -1;
@@ -216,6 +219,16 @@ void MyEdit::FinishSound()
 {
     sendToShell("soundno");
     m_soundFinished = 1;
+    if (m_highlights.isEmpty())
+        restoreAfterReading();
+}
+
+void MyEdit::restoreAfterReading()
+{
+    // the next scanned line goes where the user's cursor was, not after the last word lit
+    if (m_restorePending)
+        setTextCursor(m_readCursor);
+    m_restorePending = false;
 }
 
 void MyEdit::StopTTS()
@@ -233,6 +246,9 @@ void MyEdit::readText(const QString &text, int start)
         m_soundThread->wait();
     }
     resetHighlights();
+    if (!m_restorePending)
+        m_readCursor = textCursor();
+    m_restorePending = true;
     m_readStart = start;
     m_soundFinished = 0;
     m_soundThread->setContent(text);
@@ -309,6 +325,8 @@ void MyEdit::hignFun()
     const HignItem item = m_highlights.takeFirst();
     qDebug() << "dequeue pos:" << item.pos;
     qDebug() << "dequeue len:" << item.len;
+    if (m_highlights.isEmpty() && m_soundFinished)
+        restoreAfterReading();
 }
 
 void MyEdit::highlightWord(int pos, int len)

@@ -122,6 +122,7 @@ private:
     int wordEnd(int start) const;
     void selectRange(int start, int end);
     void resetHighlights();
+    void restoreAfterReading();
 
     QString m_recognised;
     std::atomic<bool> m_hold{false};
@@ -147,6 +148,9 @@ private:
     std::atomic<int> m_readStart{0};
     // pending highlight timers of an earlier reading do not count
     int m_readGeneration = 0;
+    // what was selected when reading began, given back once the last word has been lit
+    QTextCursor m_readCursor;
+    bool m_restorePending = false;
 };
 
 Q_DECLARE_METATYPE(_stImg *)

@@ -42,8 +42,8 @@ void ScanReadEdit::hignFun()
     if (!due)
         return;
     const HignItem word = *due;
-    MyEdit::hignFun();
     highlightWord(word.pos, word.len);
+    MyEdit::hignFun();
 }
 
 bool ScanReadEdit::showReading(const QString &text, int wordIndex)
