@@ -94,7 +94,7 @@ int main(int argc, char **argv)
         };
         timeOurs(); // warms the caches
         timeBare();
-        for (int round = 0; round < 15; ++round) {
+        for (int round = 0; round < 21; ++round) {
             if (round % 2) {
                 ours.push_back(timeOurs());
                 floor.push_back(timeBare());

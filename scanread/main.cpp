@@ -10,9 +10,12 @@
 #include "scanread/recchar.h"
 #include "scanread/scanreadedit.h"
 #include "scanread/ttsplayer.h"
+#include "storage/devicepath.h"
+#include "storage/languagemanager.h"
 #include "widgets/penfonts.h"
 
 #include <QApplication>
+#include <QSettings>
 #include <QTextCodec>
 
 #include <cstdio>
@@ -26,7 +29,15 @@ int main(int argc, char *argv[])
     loadPenFonts();
     quitOnTermination(app);
 
+    // the reading language is a row of the language table
+    LanguageManager::Instance()->init();
     ConfigReader::reader = new ConfigReader;
+    // The settings end with the sound record's speaker volume, which this build does not keep
+    // (always 0): speak at the reading volume step instead, as the language setting does.
+    const QSettings settings(devicePath(QStringLiteral("/apps/config/config.ini")),
+                             QSettings::IniFormat);
+    TTSPlayer::player->setVolume(settings.value(QStringLiteral("InfoListen/Volum"), 3).toInt() *
+                                 20);
     int result = 0;
     {
         ScanReadEdit view;

@@ -75,7 +75,7 @@ run_with_display() {
 
 # more than $3 lines of file $1 hold the text $2
 more_than() {
-    [ "$(grep -c -F -- "$2" "$1" 2>/dev/null)" -gt "$3" ]
+    [ "$(grep -c -a -F -- "$2" "$1" 2>/dev/null)" -gt "$3" ]
 }
 
 # Waits (up to a minute) until more than $3 lines of $1 hold $2.
@@ -87,10 +87,12 @@ wait_for_more() {
 }
 
 start_scanread() {
+    local started
+    started="$(grep -c -a -F "scanread: scanner ready" "$log" || true)"
     "$scanread" >>"$log" 2>&1 &
     SCAN_PID=$!
     x_wait_windows "$SCAN_PID" 1
-    wait_for_more "$log" "scanread: scanner ready" "$(grep -c -F "scanread: scanner ready" "$log")"
+    wait_for_more "$log" "scanread: scanner ready" "$started"
 }
 
 leave_scanread() {
@@ -102,7 +104,7 @@ leave_scanread() {
 # scans one line, reads it aloud and keeps a screenshot of a highlighted word; $1 a short name
 scan_and_read() {
     local name="$1" text="$2" views soundno words
-    views="$(grep -c -F "scanread: view" "$log" || true)"
+    views="$(grep -c -a -F "scanread: view" "$log" || true)"
     echo "scan: scanning \"$text\""
     "$scanline" "$text" >/dev/null
     wait_for_more "$log" "scanread: view" "$views"
