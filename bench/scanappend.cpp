@@ -6,6 +6,7 @@
 #include "scanread/ocrpen.h"
 #include "scanread/recchar.h"
 #include "scanread/ttsplayer.h"
+#include "scanroot.h"
 #include "storage/devicepath.h"
 
 #include <QApplication>
@@ -47,16 +48,8 @@ int main(int argc, char **argv)
     qputenv("RECORDER_ROOT", QFile::encodeName(root.path()));
     QApplication app(argc, argv);
     qInstallMessageHandler(quiet);
-    if (QProcess::execute(QStringLiteral(ENGINERES), {root.path()}) != 0 ||
-        !QDir(root.path()).mkpath("apps/config") ||
-        !QFile::copy(DEVSIM_SOURCE_DIR "/scanlanguage.cfg",
-                     devicePath("/apps/config/scanlanguage.cfg")))
+    if (!makeScanRoot(root.path(), "[InfoListen]\nLan=1\n"))
         return 1;
-    QFile config(devicePath("/apps/config/config.ini"));
-    if (!config.open(QIODevice::WriteOnly) || config.write("[InfoListen]\nLan=1\n") < 0)
-        return 1;
-    config.close();
-    ConfigReader::reader = new ConfigReader;
 
     const QImage line = renderScanLine(
         QStringLiteral("The pen reads every line it is drawn over, word by word."), ScanLineLook());

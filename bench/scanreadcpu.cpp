@@ -6,6 +6,7 @@
 #include "scanread/ocrpen.h"
 #include "scanread/scanreadedit.h"
 #include "scanread/ttsplayer.h"
+#include "scanroot.h"
 #include "storage/devicepath.h"
 
 #include <QApplication>
@@ -40,18 +41,9 @@ int main(int argc, char **argv)
     qputenv("RECORDER_ROOT", QFile::encodeName(root.path()));
     QApplication app(argc, argv);
     qInstallMessageHandler(quiet);
-    if (QProcess::execute(QStringLiteral(ENGINERES), {root.path()}) != 0 ||
-        !QDir(root.path()).mkpath("apps/config") ||
-        !QFile::copy(DEVSIM_SOURCE_DIR "/scanlanguage.cfg",
-                     devicePath("/apps/config/scanlanguage.cfg")))
-        return 1;
     // English at the fastest pace, so that 500 words take about a minute
-    QFile config(devicePath("/apps/config/config.ini"));
-    if (!config.open(QIODevice::WriteOnly) ||
-        config.write("[InfoListen]\nLan=1\n[SystemSet]\nSpeed=100\n") < 0)
+    if (!makeScanRoot(root.path(), "[InfoListen]\nLan=1\n[SystemSet]\nSpeed=100\n"))
         return 1;
-    config.close();
-    ConfigReader::reader = new ConfigReader;
 
     const QStringList words =
         QStringLiteral(

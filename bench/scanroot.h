@@ -1,0 +1,25 @@
+#pragma once
+
+#include "scanread/configreader.h"
+#include "storage/devicepath.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+
+// The scan benches' device root (RECORDER_ROOT, set by the caller): the engines' resources, the
+// language table and config.ini with the given settings; then the shared reader settings, which
+// start the engines. False when the root could not be made.
+inline bool makeScanRoot(const QString &root, const QByteArray &config)
+{
+    QFile file(devicePath("/apps/config/config.ini"));
+    if (QProcess::execute(QStringLiteral(ENGINERES), {root}) != 0 ||
+        !QDir(root).mkpath("apps/config") ||
+        !QFile::copy(DEVSIM_SOURCE_DIR "/scanlanguage.cfg",
+                     devicePath("/apps/config/scanlanguage.cfg")) ||
+        !file.open(QIODevice::WriteOnly) || file.write(config) != config.size())
+        return false;
+    file.close();
+    ConfigReader::reader = new ConfigReader;
+    return true;
+}
