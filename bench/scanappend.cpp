@@ -23,25 +23,9 @@
 #include <unistd.h>
 #include <vector>
 
-namespace {
-
-void quiet(QtMsgType, const QMessageLogContext &, const QString &) {}
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
-} // namespace
-
 int main(int argc, char **argv)
 {
-    // one OpenMP thread, set before Tesseract starts (so the program starts again)
-    if (!qEnvironmentVariableIsSet("OMP_THREAD_LIMIT")) {
-        setenv("OMP_THREAD_LIMIT", "1", 1);
-        execv("/proc/self/exe", argv);
-    }
+    oneOcrThread(argv);
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("DEVSIM_SPEECH", "file");
     QTemporaryDir root;

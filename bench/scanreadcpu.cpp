@@ -22,8 +22,6 @@
 
 namespace {
 
-void quiet(QtMsgType, const QMessageLogContext &, const QString &) {}
-
 double threadSeconds()
 {
     timespec now{};

@@ -438,22 +438,23 @@ void MyEdit::MovePrevWord()
         selectRange(prev, wordEnd(prev));
 }
 
-void MyEdit::MoveUp()
+void MyEdit::moveLine(int operation)
 {
     QTextCursor cursor = textCursor();
     cursor.clearSelection();
-    cursor.movePosition(QTextCursor::Up);
+    cursor.movePosition(QTextCursor::MoveOperation(operation));
     setTextCursor(cursor);
     ensureCursorVisible();
 }
 
+void MyEdit::MoveUp()
+{
+    moveLine(QTextCursor::Up);
+}
+
 void MyEdit::MoveDown()
 {
-    QTextCursor cursor = textCursor();
-    cursor.clearSelection();
-    cursor.movePosition(QTextCursor::Down);
-    setTextCursor(cursor);
-    ensureCursorVisible();
+    moveLine(QTextCursor::Down);
 }
 
 void MyEdit::PressEnter()

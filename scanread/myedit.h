@@ -121,6 +121,8 @@ private:
     int wordStart(int pos) const;
     int wordEnd(int start) const;
     void selectRange(int start, int end);
+    // operation: a QTextCursor::MoveOperation
+    void moveLine(int operation);
     void resetHighlights();
     void restoreAfterReading();
 
