@@ -10,7 +10,7 @@ void CSoundThread::setContent(QString content)
 {
     m_content = content;
     const QMutexLocker locker(&m_lock);
-    m_queue.append(content);
+    m_queue.append(std::move(content));
 }
 
 void CSoundThread::run()

@@ -2,7 +2,7 @@
 
 // One scanned line image on its way from the scanner's callback to recognition. Whoever holds
 // it last frees it with freeImg(): the recognition step, or Recognize when it refuses the image.
-struct _stImg
+struct _stImg // NOLINT(bugprone-reserved-identifier): the record's name on the device
 {
     unsigned char *buffer = nullptr; // a second buffer, freed with the record when set
     unsigned char *pixels = nullptr; // width x height bytes, null for an empty image
