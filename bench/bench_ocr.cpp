@@ -2,6 +2,7 @@
 // and settings on the same pixels. Russian: one model, so the engine's reading is that one call.
 #include "scanlinerenderer.h"
 #include "scanread/ocrpen.h"
+#include "scanroot.h"
 #include "storage/devicepath.h"
 
 #include <QElapsedTimer>
@@ -20,26 +21,9 @@
 #include <unistd.h>
 #include <vector>
 
-namespace {
-
-void quiet(QtMsgType, const QMessageLogContext &, const QString &) {}
-
-double median(std::vector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
-} // namespace
-
 int main(int argc, char **argv)
 {
-    // Tesseract's OpenMP threads spin while they wait: on a shared machine they measure the load
-    // of the others; one thread, set before the library starts (so the program starts again)
-    if (!qEnvironmentVariableIsSet("OMP_THREAD_LIMIT")) {
-        setenv("OMP_THREAD_LIMIT", "1", 1);
-        execv("/proc/self/exe", argv);
-    }
+    oneOcrThread(argv);
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     qInstallMessageHandler(quiet);

@@ -42,10 +42,9 @@ bool RecorderProcess::start(const QStringList &arguments)
     m_process.setProcessEnvironment(m_env);
     m_process.setStandardOutputFile(QProcess::nullDevice()); // its log goes to standard error
     if (m_wrapper.isEmpty())
-        m_process.start(QStringLiteral(RECORDER_BIN), arguments);
+        m_process.start(m_program, arguments);
     else
-        m_process.start(m_wrapper.first(),
-                        m_wrapper.mid(1) + QStringList(QStringLiteral(RECORDER_BIN)) + arguments);
+        m_process.start(m_wrapper.first(), m_wrapper.mid(1) + QStringList(m_program) + arguments);
     return m_process.waitForStarted(10000);
 }
 

@@ -20,6 +20,8 @@ public:
     void showOn(const QString &display);
     // a command the program is started through, such as setpriv with its options
     void setWrapper(const QStringList &command) { m_wrapper = command; }
+    // another program than the recorder, such as an installed one of a device root
+    void setProgram(const QString &program) { m_program = program; }
     bool start(const QStringList &arguments = {});
     // Waits until standard error holds the text; false on time-out or when the program ended.
     bool waitForError(const QByteArray &text, int timeoutMs = 15000);
@@ -37,6 +39,7 @@ private:
 
     TiedProcess m_process;
     QStringList m_wrapper;
+    QString m_program = QStringLiteral(RECORDER_BIN);
     QProcessEnvironment m_env;
     QByteArray m_err;
 };

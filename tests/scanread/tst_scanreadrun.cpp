@@ -1,0 +1,163 @@
+// The installed scanread program as a user meets it: a device root made by mkroot, a real X
+// server, lines scanned with scanline, keys pressed with xdotool, the shell heard through qcop.
+
+#include "recorderprocess.h"
+#include "screenpixels.h"
+#include "testdeviceroot.h"
+#include "xserver.h"
+
+#include <QtTest>
+
+namespace {
+
+constexpr int stepTimeoutMs = 60000;
+
+// the selected part of the screen, shown inverted: columns lit in a run taller than any glyph
+QRect selectionBox(const QImage &screen)
+{
+    QRect box;
+    for (int x = 0; x < 250; ++x) {
+        for (int y = 0, run = 0; y < 64 && run < 13; ++y) {
+            run = lit(screen, x, y) ? run + 1 : 0;
+            if (run == 13)
+                box = box.united(QRect(x, y - 12, 1, 13));
+        }
+    }
+    return box;
+}
+
+// how many of the words are in the text, in any case: the engine may misread a letter or two
+int wordsFound(const QString &words, const QString &text)
+{
+    int found = 0;
+    for (const QString &word : words.split(' '))
+        found += text.contains(word, Qt::CaseInsensitive) ? 1 : 0;
+    return found;
+}
+
+} // namespace
+
+class TestScanReadRun : public QObject
+{
+    Q_OBJECT
+
+    TestDeviceRoot m_root;
+    XServer m_x;
+    TiedProcess m_shell;
+    QByteArray m_said;
+    RecorderProcess m_program{m_root.root()};
+
+    int heard(const QByteArray &line)
+    {
+        m_said += m_shell.readAllStandardOutput();
+        return m_said.count("mainprocess " + line + '\n');
+    }
+    int logged(const QByteArray &text) { return m_program.standardError().count(text); }
+    // the text of the view as the program last reported it
+    QString viewText()
+    {
+        const QByteArray err = m_program.standardError();
+        const int at = err.lastIndexOf("scanread: view \"") + 16;
+        return QString::fromUtf8(err.mid(at, err.indexOf("\" selected", at) - at));
+    }
+    // drawn aside under hidden names, then put in place together
+    bool scan(const QStringList &lines)
+    {
+        const QString folder = m_root.path("/mnt/mmc/.scanner/");
+        for (int i = 0; i < lines.size(); ++i) {
+            if (QProcess::execute(DEVSIM_BIN_DIR "/scanline",
+                                  {lines.at(i), "--output", folder + QString(".%1.png").arg(i)}))
+                return false;
+        }
+        for (int i = 0; i < lines.size(); ++i)
+            QFile::rename(folder + QString(".%1.png").arg(i), folder + QString("%1.png").arg(i));
+        return true;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        for (const char *tool : {"Xvfb", "xdotool", "xwdtopnm"}) {
+            if (QStandardPaths::findExecutable(tool).isEmpty())
+                QSKIP("Xvfb, xdotool or netpbm is not installed (scripts/setup)");
+        }
+        QVERIFY2(m_x.start(), "no Xvfb could be started");
+        QCOMPARE(QProcess::execute("bash", {MKROOT, m_root.root(), BUILD_DIR}), 0);
+        // reading language English
+        QVERIFY(m_root.writeFile("/apps/config/config.ini", "[InfoListen]\nLan=1\n"));
+        m_shell.start(QCOP_BIN, {"listen", "mainprocess"});
+        QTRY_VERIFY_WITH_TIMEOUT((m_said += m_shell.readAllStandardError()).contains("listening"),
+                                 stepTimeoutMs);
+        m_program.setProgram(m_root.path("/apps/bin/scanread"));
+        m_program.showOn(m_x.display());
+        m_program.setEnv("OMP_THREAD_LIMIT", "1");
+        m_program.setEnv("DEVSIM_SPEECH", "file");
+    }
+
+    void cleanupTestCase()
+    {
+        if (QTest::currentTestFailed())
+            qWarning("scanread said: %s", m_program.standardError().right(3000).constData());
+        m_program.kill();
+        m_shell.kill();
+        m_shell.waitForFinished();
+    }
+
+    void scanReadAloudAndLeave()
+    {
+        const QString line = "Scanning pens read every word aloud";
+        QVERIFY(m_program.start());
+        QVERIFY(m_program.waitForError("scanread: scanner ready", stepTimeoutMs));
+        QTRY_COMPARE_WITH_TIMEOUT(m_x.visibleWindows(m_program.pid()).size(), 1, stepTimeoutMs);
+
+        // recognised, appended with its blank, selected
+        QVERIFY(scan({line}));
+        QVERIFY(m_program.waitForError("scanread: view ", stepTimeoutMs));
+        const QString text = viewText();
+        QVERIFY2(wordsFound(line, text) >= 5 && text.endsWith(' '), qPrintable(text));
+        QVERIFY(logged(QStringLiteral("selected 0-%1").arg(text.size()).toUtf8()));
+        QTRY_COMPARE_WITH_TIMEOUT(heard("execute(QString) trigger"), 1, stepTimeoutMs);
+
+        // OK reads it: each time a word is due, its highlight is further on in reading order
+        QVERIFY(m_x.pressKey(m_program.pid(), "Return"));
+        QList<QRect> boxes;
+        int due = 0;
+        QTRY_VERIFY_WITH_TIMEOUT(
+            [&] {
+                if (logged("dequeue pos:") > due) {
+                    due = logged("dequeue pos:");
+                    const QImage screen = m_x.grab().copy(0, 0, 256, 64);
+                    const QRect box = selectionBox(screen);
+                    if (!box.isEmpty() && (boxes.isEmpty() || boxes.last() != box)) {
+                        boxes << box;
+                        screen.save(screensDir() + QString("/scanread-word-%1.png").arg(due));
+                    }
+                }
+                return heard("execute(QString) soundno") == 1;
+            }(),
+            stepTimeoutMs);
+        QVERIFY2(boxes.size() >= 3, qPrintable(QString::number(boxes.size())));
+        for (int i = 1; i < boxes.size(); ++i) {
+            const QRect &a = boxes.at(i - 1), &b = boxes.at(i);
+            QVERIFY(b.top() > a.top() || (b.top() == a.top() && b.left() > a.left()));
+            QVERIFY(b.width() < 100);
+        }
+
+        // a line scanned while the one before is recognised is dropped
+        QVERIFY(scan({"Second line here", "Third line dropped"}));
+        QTRY_COMPARE_WITH_TIMEOUT(logged("scanread: view "), 2, stepTimeoutMs);
+        QTRY_COMPARE_WITH_TIMEOUT(heard("execute(QString) trigger"), 3, stepTimeoutMs);
+        QCOMPARE(logged("recognize start"), 2);
+        QVERIFY2(viewText().startsWith(text) && wordsFound("Second line here", viewText()) >= 2 &&
+                     wordsFound("Third dropped", viewText()) == 0,
+                 qPrintable(viewText()));
+
+        // Escape leaves when nothing is read
+        QVERIFY(m_x.pressKey(m_program.pid(), "Escape"));
+        QVERIFY(m_program.waitForExit(stepTimeoutMs));
+        QCOMPARE(m_program.exitCode(), 0);
+    }
+};
+
+QTEST_MAIN(TestScanReadRun)
+#include "tst_scanreadrun.moc"
