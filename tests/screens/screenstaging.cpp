@@ -3,6 +3,7 @@
 #include "player/playerwnd.h"
 #include "playerfixture.h"
 #include "recorder/recordmainwnd.h"
+#include "scanread/scanreadedit.h"
 #include "storage/configwidget.h"
 #include "testdeviceroot.h"
 #include "widgets/itemmenu.h"
@@ -118,6 +119,27 @@ QImage noSpaceMessage()
     return grabbed(message);
 }
 
+// Two scanned lines in the scan view: the newer one selected as it comes in, or, while reading
+// aloud, the word the speech has reached highlighted instead.
+QImage scanScreen(bool reading)
+{
+    TestDeviceRoot root;
+    const QString older = QStringLiteral("Scanned lines gather here, one after the other.");
+    const QString newer = QStringLiteral("The newest line is selected, ready to be read.");
+    ScanReadEdit view;
+    view.Init();
+    view.setFixedSize(256, 64);
+    view.appendScanText(older);
+    if (reading) {
+        // the third word of the newer line
+        if (!view.showReading(older + QLatin1Char(' ') + newer, 10))
+            return {};
+    } else {
+        view.appendScanText(newer);
+    }
+    return grabbed(view);
+}
+
 QImage playerScreen(Player state)
 {
     PlayerFixture fixture;
@@ -195,6 +217,8 @@ QVector<ReadmeScreen> readmeScreens()
         {"player-paused", in(english, player(Player::Paused))},
         {"player-quick-seek", in(english, player(Player::QuickSeek))},
         {"player-options", in(english, player(Player::Options))},
+        {"scan-text", in(english, [] { return scanScreen(false); })},
+        {"scan-reading", in(english, [] { return scanScreen(true); })},
     };
     // the start-up table's languages
     for (const QString &language : QStringLiteral(RECORDER_LANGUAGES).split(QLatin1Char(' '))) {
