@@ -9,6 +9,13 @@
     </message>
 </context>
 <context>
+    <name>MyEdit</name>
+    <message>
+        <source>The file is too big, please create new file!</source>
+        <translation>Le fichier est trop grand, veuillez créer un nouveau fichier !</translation>
+    </message>
+</context>
+<context>
     <name>RecordMainWnd</name>
     <message>
         <source>No enough disk space.</source>

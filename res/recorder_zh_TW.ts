@@ -9,6 +9,13 @@
     </message>
 </context>
 <context>
+    <name>MyEdit</name>
+    <message>
+        <source>The file is too big, please create new file!</source>
+        <translation>檔案太大，請新建檔案！</translation>
+    </message>
+</context>
+<context>
     <name>RecordMainWnd</name>
     <message>
         <source>No enough disk space.</source>

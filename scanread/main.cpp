@@ -17,6 +17,7 @@
 #include <QApplication>
 #include <QSettings>
 #include <QTextCodec>
+#include <QTranslator>
 
 #include <cstdio>
 
@@ -28,6 +29,9 @@ int main(int argc, char *argv[])
     QApplication::setPalette(recorderPalette());
     loadPenFonts();
     quitOnTermination(app);
+    // the view's messages in the language the user chose for the pen
+    QTranslator translator;
+    applyTranslation(app, translator, readSystemLanguage());
 
     // the reading language is a row of the language table
     LanguageManager::Instance()->init();
@@ -42,6 +46,8 @@ int main(int argc, char *argv[])
     {
         ScanReadEdit view;
         view.Init();
+        // the reader's setting decides whether each scanned line is read out at once
+        view.setAutoRead(ConfigReader::reader->getReadControlInfo() != 0);
         view.setFixedSize(256, 64);
         view.move(0, 0);
         view.setWindowFlags(Qt::FramelessWindowHint);

@@ -149,7 +149,8 @@ void checkDialogs(Screen screen, const QString &picture)
         recorderText("Exceed the maximum file number, please remove some files."),
         recorderText("Recording") + recorderText(" [") + "231123_12.mp3" + recorderText("] ") +
             recorderText("save to library"),
-        QCoreApplication::translate("main", "No enough storage space, please remove some files.")};
+        QCoreApplication::translate("main", "No enough storage space, please remove some files."),
+        QCoreApplication::translate("MyEdit", "The file is too big, please create new file!")};
     for (int i = 0; i < messages.size(); ++i) {
         MessageDialog message(nullptr, messages.at(i), 0);
         shoot(message, picture + QString::number(i + 1));
