@@ -65,7 +65,7 @@ QImage inLanguage(const QString &language, const std::function<QImage()> &draw)
 bool withWaitingEncoder(const TestDeviceRoot &root)
 {
     const QString script = QStringLiteral("/waiting-encoder");
-    return root.writeFile(script, "#!/bin/sh\nexec sleep 600\n") &&
+    return root.writeFile(script, "#!/bin/sh\nexec tail -f /dev/null\n") &&
            QFile::setPermissions(root.path(script), QFile::ReadOwner | QFile::ExeOwner) &&
            root.installEncoders(root.path(script));
 }
