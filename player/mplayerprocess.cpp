@@ -70,8 +70,9 @@ double statusSeconds(const QString &line, int from)
     for (; end < line.size(); ++end) {
         const ushort c = line.at(end).unicode();
         if (c >= '0' && c <= '9') {
-            digits = digits * 10 + (c - '0');
-            ++count;
+            // past 15 digits the number is read by toDouble: no overflow, no lost precision
+            if (++count <= 15)
+                digits = digits * 10 + (c - '0');
             if (decimals >= 0)
                 ++decimals;
         } else if (c == '.' && decimals < 0) {

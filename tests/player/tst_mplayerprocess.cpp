@@ -119,8 +119,9 @@ private slots:
     void statusPosition_data()
     {
         QTest::addColumn<QString>("text");
-        for (const char *text : {"0.0", "3599.9", "007.5", "12.", "0.1234567", "123456789012.3",
-                                 "1234567890123456.7", "-0.4", "1,5", "01:02.3", "1.2.3"})
+        for (const char *text :
+             {"0.0", "3599.9", "007.5", "12.", "0.1234567", "123456789012.3", "1234567890123456.7",
+              "88888888888888888888888.8", "-0.4", "1,5", "01:02.3", "1.2.3"})
             QTest::newRow(text) << QString::fromLatin1(text);
     }
     void statusPosition()
