@@ -118,7 +118,7 @@ void MplayerProcess::writeToStdin(const QString &command)
     write(command.toLocal8Bit() + '\n');
 }
 
-void MplayerProcess::parseLine(QByteArray bytes)
+void MplayerProcess::parseLine(const QByteArray &bytes)
 {
     std::fflush(stdout);
     const QString line = QString::fromLocal8Bit(bytes);

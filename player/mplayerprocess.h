@@ -43,7 +43,7 @@ signals:
     void failedToParseMplayerVersion(QString line_with_mplayer_version);
 
 public slots:
-    void parseLine(QByteArray bytes);
+    void parseLine(const QByteArray &bytes);
     void processFinished(int exitCode, QProcess::ExitStatus exitStatus);
     void gotError(QProcess::ProcessError error);
 
