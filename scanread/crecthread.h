@@ -3,7 +3,7 @@
 #include <QThread>
 
 class MyEdit;
-struct _stImg;
+struct _stImg; // NOLINT(bugprone-reserved-identifier): the record's name on the device
 
 // Runs one recognition of the view off the GUI thread.
 class CRecThread : public QThread
