@@ -65,18 +65,7 @@ int main(int argc, char **argv)
         const std::unique_ptr<char[]> read(bare.GetUTF8Text());
         return t.nsecsElapsed() / 1e6;
     };
-    timeOurs(); // warms the caches
-    timeBare();
-    // each side first in every other round, so neither profits from the other's cache
-    for (int round = 0; round < 21; ++round) {
-        if (round % 2) {
-            ours.push_back(timeOurs());
-            floor.push_back(timeBare());
-        } else {
-            floor.push_back(timeBare());
-            ours.push_back(timeOurs());
-        }
-    }
+    interleaved(21, timeOurs, timeBare, ours, floor);
     OCRPen::quitFun();
     std::printf(
         "read: %s\nOCRPen::recognize: %.1f ms (median)\nbare Tesseract:    %.1f ms (median)\n",

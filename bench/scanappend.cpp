@@ -69,17 +69,7 @@ int main(int argc, char **argv)
                                    line.height(), 0, 0, text);
             return t.nsecsElapsed() / 1e6;
         };
-        timeOurs(); // warms the caches
-        timeBare();
-        for (int round = 0; round < 21; ++round) {
-            if (round % 2) {
-                ours.push_back(timeOurs());
-                floor.push_back(timeBare());
-            } else {
-                floor.push_back(timeBare());
-                ours.push_back(timeOurs());
-            }
-        }
+        interleaved(21, timeOurs, timeBare, ours, floor);
         std::printf("view: %s\n", qPrintable(view.textCursor().selectedText()));
         RecChar::Uninitial();
     }

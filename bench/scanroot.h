@@ -20,6 +20,25 @@ inline double median(std::vector<double> values)
     return values[values.size() / 2];
 }
 
+// Milliseconds of each side over the rounds, once warm: each side first in every other round, so
+// that neither profits from the other's cache.
+template<typename Ours, typename Bare>
+void interleaved(int rounds, Ours timeOurs, Bare timeBare, std::vector<double> &ours,
+                 std::vector<double> &floor)
+{
+    timeOurs();
+    timeBare();
+    for (int round = 0; round < rounds; ++round) {
+        if (round % 2) {
+            ours.push_back(timeOurs());
+            floor.push_back(timeBare());
+        } else {
+            floor.push_back(timeBare());
+            ours.push_back(timeOurs());
+        }
+    }
+}
+
 // Tesseract's OpenMP threads spin while they wait: on a shared machine they measure the load
 // of the others; one thread, set before the library starts (so the program starts again)
 inline void oneOcrThread(char **argv)
