@@ -70,23 +70,20 @@ QCOP_PID=""
 PLAYER_PID=""
 cleanup() {
     # the player leaves on SIGTERM and takes mplayer with it
-    for pid in $PLAYER_PID $QCOP_PID; do
-        kill "$pid" 2>/dev/null || true
-        wait "$pid" 2>/dev/null || true
-    done
+    stop_pids "$PLAYER_PID" "$QCOP_PID"
     rm -f "$shell_log"
+    listen_stop
     xvfb_stop
 }
 trap cleanup EXIT
 trap 'exit 130' INT TERM
 
 run_with_display() {
-    "$qcop" listen mainprocess 2>/dev/null > >(sed -u 's/^/shell: /') &
-    QCOP_PID=$!
+    listen_to_shell "$qcop"
     echo "player: Return = pause/play, F5/F6 held = quick seek, F7/F8 = previous/next," \
         "Up/Down = volume, F12 = options, Escape stops, Escape again leaves"
     echo "player: music list $root/apps/config/musiclist.txt, program log $log"
-    QT_QPA_PLATFORM=xcb QT_SCALE_FACTOR=3 "$player" >"$log" 2>&1
+    QT_QPA_PLATFORM=xcb QT_SCALE_FACTOR=3 "$player" >"$log" 2>&1 {LISTEN_FD}>&-
 }
 
 # The file holds the text beyond its first $3 lines (those already seen).

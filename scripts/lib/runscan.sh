@@ -51,10 +51,7 @@ shell_log="$(mktemp)"
 QCOP_PID=""
 SCAN_PID=""
 cleanup() {
-    for pid in $SCAN_PID $QCOP_PID; do
-        kill "$pid" 2>/dev/null || true
-        wait "$pid" 2>/dev/null || true
-    done
+    stop_pids "$SCAN_PID" "$QCOP_PID"
     rm -f "$shell_log"
     listen_stop
     xvfb_stop

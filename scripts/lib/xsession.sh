@@ -16,6 +16,7 @@
 #                          from when it returns until listen_stop; programs started meanwhile
 #                          are given {LISTEN_FD}>&- so that they do not hold the listener's pipe
 #   listen_stop            ends the listener once what it heard is printed
+#   stop_pids PID...       ends those processes and reaps them (empty ones skipped)
 
 XVFB_PID=""
 XVFB_DISPLAY=""
@@ -68,17 +69,11 @@ xvfb_announced() {
 }
 
 xvfb_stop_server() {
-    if [ -n "$XVFB_PID" ]; then
-        kill "$XVFB_PID" 2>/dev/null || true
-        wait "$XVFB_PID" 2>/dev/null || true
-        XVFB_PID=""
-    fi
+    stop_pids "$XVFB_PID"
+    XVFB_PID=""
     if [ -n "$XVFB_LOCK" ]; then
         rm -f "$XVFB_LOCK"
         XVFB_LOCK=""
-LISTEN_QCOP_PID=""
-LISTEN_SED_PID=""
-LISTEN_FD=""
     fi
 }
 
@@ -98,6 +93,16 @@ wait_until() {
             return 1
         fi
         sleep 0.1
+    done
+}
+
+# Ends each process given by its pid and reaps it; empty arguments are skipped.
+stop_pids() {
+    local pid
+    for pid in "$@"; do
+        [ -n "$pid" ] || continue
+        kill "$pid" 2>/dev/null || true
+        wait "$pid" 2>/dev/null || true
     done
 }
 
@@ -197,11 +202,8 @@ listen_sed_ended() {
 }
 
 listen_stop() {
-    if [ -n "$LISTEN_QCOP_PID" ]; then
-        kill "$LISTEN_QCOP_PID" 2>/dev/null || true
-        wait "$LISTEN_QCOP_PID" 2>/dev/null || true
-        LISTEN_QCOP_PID=""
-    fi
+    stop_pids "$LISTEN_QCOP_PID"
+    LISTEN_QCOP_PID=""
     if [ -n "$LISTEN_FD" ]; then
         exec {LISTEN_FD}>&-
         LISTEN_FD=""
