@@ -3,9 +3,6 @@
 #include "recorderprocess.h"
 #include "testdeviceroot.h"
 
-#include <QByteArray>
-#include <QString>
-
 // What the player tests share: sound files made with sox in the device root, the pen's
 // /usr/bin/mplayer (the device simulation's stand-in, or a small script that plays a part), and
 // a look at this process's children (childProcesses()).
@@ -28,10 +25,7 @@ public:
     bool installScriptedPlayer();
     // recconfig.ini holding these [RecorderSet] lines, and its text.
     bool writeSettings(const QByteArray &lines);
-    QByteArray settings() const
-    {
-        return m_root.readFile(QStringLiteral("/apps/config/recconfig.ini"));
-    }
+    QByteArray settings() const { return m_root.readFile("/apps/config/recconfig.ini"); }
     // The lines of a device file of the root.
     QStringList lines(const QString &devicePath) const;
 

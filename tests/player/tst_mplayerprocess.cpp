@@ -1,7 +1,10 @@
-// The slave player's process: the line cutter, argument splitting, the output parser on typed
-// lines and on a transcript recorded from the real mplayer (through the device simulation's
-// stand-in). A player that cannot be started: tst_playerwnd. Real runs in a window: tst_playerreal.
+// The slave player: its line cutter, argument splitting and output parser on typed lines; and
+// against the host's mplayer (through the device simulation's stand-in, on files made here) the
+// parser on a recorded transcript, and the player window in one walk through pause and resume, a
+// quick seek to the middle of a 70 s file, F8, a user's stop, a natural end, a missing file and
+// the window's end while playing. No player is left behind. A scripted player: tst_playerwnd.
 #include "player/mplayerprocess.h"
+#include "player/playerwnd.h"
 #include "playerfixture.h"
 
 #include <QSignalSpy>
@@ -9,14 +12,16 @@
 
 namespace {
 
+constexpr int runTimeout = 30000;
+
 // The parser's signals as short texts, in the order they came.
-struct EventLog
+struct EventLog : QStringList
 {
     explicit EventLog(MplayerProcess &p)
     {
-        const auto note = [this](const char *name) { return [this, name] { events << name; }; };
+        const auto note = [this](const char *name) { return [this, name] { append(name); }; };
         const auto with = [this](const char *name) {
-            return [this, name](const QVariant &v) { events << name + (' ' + v.toString()); };
+            return [this, name](const QVariant &v) { append(name + (' ' + v.toString())); };
         };
         QObject::connect(&p, &MplayerProcess::receivedStartingTime, with("start"));
         QObject::connect(&p, &MplayerProcess::mplayerFullyLoaded, note("loaded"));
@@ -28,7 +33,6 @@ struct EventLog
         QObject::connect(&p, &MplayerProcess::processExited, note("exited"));
         QObject::connect(&p, &MplayerProcess::receivedEndOfFile, note("eof"));
     }
-    QStringList events;
 };
 
 } // namespace
@@ -38,29 +42,39 @@ class TestMplayerProcess : public QObject
     Q_OBJECT
 
 private slots:
-    // chunks as they arrive, split at '|'; the lines given, joined by '|'
-    void lineCutter_data()
+    void initTestCase() { QVERIFY(fixture.installStandIn()); }
+    void cleanup() { QCOMPARE(childProcesses(), QList<qint64>()); }
+
+    // The line cutter on chunks as they arrive (split at '|'), and splitArguments on a text.
+    void splitting_data()
     {
-        QTest::addColumn<QByteArray>("chunks");
-        QTest::addColumn<QByteArray>("lines");
-        QTest::newRow("joined-over-three-chunks")
-            << QByteArray("A:  1|.5 of 3.0|\r") << QByteArray("A:  1.5 of 3.0");
-        QTest::newRow("crlf-gives-an-empty-line")
-            << QByteArray("first\r\nsecond\n") << QByteArray("first||second");
-        QTest::newRow("break-opens-a-chunk") << QByteArray("one|\rtwo\n") << QByteArray("one|two");
-        QTest::newRow("partial-line-waits") << QByteArray("x\ry|z") << QByteArray("x");
+        QTest::addColumn<bool>("cutter");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QStringList>("pieces");
+        QTest::newRow("line-joined-over-three-chunks")
+            << true << "A:  1|.5 of 3.0|\r" << QStringList{"A:  1.5 of 3.0"};
+        QTest::newRow("crlf-gives-an-empty-line") << true << "first\r\nsecond\n"
+                                                  << QStringList{"first", "", "second"};
+        QTest::newRow("break-opens-a-chunk") << true << "one|\rtwo\n" << QStringList{"one", "two"};
+        QTest::newRow("partial-line-waits") << true << "x\ry|z" << QStringList{"x"};
+        QTest::newRow("quoted-piece-keeps-quotes")
+            << false << "a \"b c\" d" << QStringList{"a", "\"b c\"", "d"};
+        QTest::newRow("two-spaces-empty-piece") << false << "a  b" << QStringList{"a", "", "b"};
+        QTest::newRow("trailing-space-empty-last") << false << "a " << QStringList{"a", ""};
+        QTest::newRow("empty") << false << "" << QStringList{};
     }
-    void lineCutter()
+    void splitting()
     {
-        QFETCH(QByteArray, chunks);
+        QFETCH(bool, cutter);
+        QFETCH(QString, text);
         MyProcess process;
-        QSignalSpy spy(&process, &MyProcess::lineAvailable);
-        for (const QByteArray &chunk : chunks.split('|'))
-            process.genericRead(chunk);
-        QByteArrayList got;
-        for (const QList<QVariant> &args : spy)
-            got << args.at(0).toByteArray();
-        QTEST(got.join('|'), "lines");
+        QSignalSpy lines(&process, &MyProcess::lineAvailable);
+        for (const QString &chunk : text.split('|'))
+            process.genericRead(chunk.toLatin1());
+        QStringList cut;
+        for (const QList<QVariant> &line : lines)
+            cut << line.at(0).toString();
+        QTEST(cutter ? cut : MyProcess::splitArguments(text), "pieces");
     }
 
     // A real child: its last line without a break is dropped at exit.
@@ -76,24 +90,11 @@ private slots:
         QCOMPARE(lines, QList<QList<QVariant>>{{QByteArray("whole")}});
     }
 
-    void splitArguments_data()
-    {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QStringList>("pieces");
-        QTest::newRow("quoted-piece-keeps-quotes")
-            << "a \"b c\" d" << QStringList{"a", "\"b c\"", "d"};
-        QTest::newRow("two-spaces-empty-piece") << "a  b" << QStringList{"a", "", "b"};
-        QTest::newRow("trailing-space-empty-last") << "a " << QStringList{"a", ""};
-        QTest::newRow("empty") << "" << QStringList{};
-    }
-    void splitArguments()
-    {
-        QFETCH(QString, text);
-        QTEST(MyProcess::splitArguments(text), "pieces");
-    }
-
-    // What a real audio run does not show (its own order is checked on the recorded transcript);
-    // "exit" stands for the child's exit.
+    // What a real audio run does not show (its own order is checked on the recorded transcript),
+    // "exit" standing for the child's exit. Then the position of a status line: to the last bit
+    // the number toDouble reads from the same text (a fuzzy comparison would hide a misrounded
+    // one; a QVariant's text of a double reads back to the same bits), also where the quick path
+    // for the usual "123.4" does not apply.
     void parser_data()
     {
         QTest::addColumn<QByteArrayList>("lines");
@@ -113,27 +114,13 @@ private slots:
                                     << QStringList{"shot shot0001.png"};
         QTest::newRow("exit-unannounced-no-eof")
             << QByteArrayList{status, "exit"} << first + QStringList{"exited"};
-    }
-    // The position read off a status line is the number toDouble reads from the same text,
-    // also where the quick path for the usual "123.4" does not apply.
-    void statusPosition_data()
-    {
-        QTest::addColumn<QString>("text");
         for (const char *text :
              {"0.0", "3599.9", "007.5", "12.", "0.1234567", "123456789012.3", "1234567890123456.7",
-              "88888888888888888888888.8", "-0.4", "1,5", "01:02.3", "1.2.3"})
-            QTest::newRow(text) << QString::fromLatin1(text);
-    }
-    void statusPosition()
-    {
-        QFETCH(QString, text);
-        MplayerProcess process;
-        QSignalSpy sec(&process, &MplayerProcess::receivedCurrentSec);
-        process.parseLine(("A: " + text + " (00.0) of 10.0 (10.0)  0.1% ").toLatin1());
-        QCOMPARE(sec.size(), 1);
-        // to the last bit: a fuzzy comparison would hide a misrounded position
-        QCOMPARE(QByteArray::number(sec.at(0).at(0).toDouble(), 'g', 17),
-                 QByteArray::number(text.toDouble(), 'g', 17));
+              "88888888888888888888888.8", "-0.4", "1,5", "01:02.3", "1.2.3"}) {
+            const QString sec = QVariant(QByteArray(text).toDouble()).toString();
+            QTest::newRow(text) << QByteArrayList{"A: " + QByteArray(text) + " (00.0) of 10.0"}
+                                << QStringList{"start " + sec, "loaded", "frame 0", "sec " + sec};
+        }
     }
     void parser()
     {
@@ -146,38 +133,31 @@ private slots:
             else
                 process.parseLine(line);
         }
-        QTEST(log.events, "events");
+        QTEST(QStringList(log), "events");
     }
 
     // The parser fed, in odd-sized chunks, what the real player printed for a whole file (stdin
     // held open, as by the window).
     void recordedTranscript()
     {
-        PlayerFixture fixture;
-        QVERIFY(fixture.installStandIn());
-        const QString file = fixture.makeSound("two.mp3", 2);
-        QVERIFY(!file.isEmpty());
         QProcess player;
         player.setProcessChannelMode(QProcess::MergedChannels);
         player.start(fixture.root().path("/usr/bin/mplayer"),
-                     {"-identify", "-slave", file, "-ss", "0"});
+                     {"-identify", "-slave", fixture.makeSound("two.mp3", 2), "-ss", "0"});
         QVERIFY(player.waitForFinished(60000));
         const QByteArray transcript = player.readAll();
         QVERIFY2(transcript.contains("ID_EXIT=EOF"), transcript.right(300).constData());
-
         MplayerProcess process;
         EventLog log(process);
         for (int at = 0; at < transcript.size(); at += 97)
             process.genericRead(transcript.mid(at, 97));
         process.processFinished(0, QProcess::NormalExit);
-
         // the audio output, then the first status line's four signals in order; after them only
         // positions rising to the file's end, then the exit and the end of file
-        const QStringList &e = log.events;
-        const int start = e.indexOf(QRegularExpression("start .*"));
-        QVERIFY(start > 0 && e.mid(0, start).contains("ao null"));
-        QCOMPARE(e.mid(start + 1, 2), QStringList({"loaded", "frame 0"}));
-        const QStringList after = e.mid(start + 3, e.size() - start - 5);
+        const int start = log.indexOf(QRegularExpression("start .*"));
+        QVERIFY(start > 0 && log.mid(0, start).contains("ao null"));
+        QCOMPARE(log.mid(start + 1, 2), QStringList({"loaded", "frame 0"}));
+        const QStringList after = log.mid(start + 3, log.size() - start - 5);
         QVERIFY(after.size() > 10);
         double last = 0;
         for (const QString &event : after) {
@@ -186,9 +166,73 @@ private slots:
             last = event.mid(4).toDouble();
         }
         QVERIFY(qAbs(last - 2.0) < 0.2);
-        QCOMPARE(e.mid(e.size() - 2), QStringList({"exited", "eof"}));
+        QCOMPARE(log.mid(log.size() - 2), QStringList({"exited", "eof"}));
     }
+
+    void walk()
+    {
+        playerWnd &window = *new playerWnd;
+        QSignalSpy finished(&window, &playerWnd::mplayerPlayFinished);
+        QSignalSpy failed(&window, &playerWnd::mplayerFinishedWithError);
+        // makes a file of the given length, plays it and waits for the player's first position
+        const auto play = [&](const QString &name, int seconds) {
+            const QString file = fixture.makeSound(name, seconds);
+            QSignalSpy positions(window.process(), &MplayerProcess::receivedCurrentSec);
+            window.startPlay(0, QFileInfo(file), playerWnd::formatTime(seconds), 0, 0);
+            return !file.isEmpty() && positions.wait(runTimeout);
+        };
+        QVERIFY(play("seventy.mp3", 70));
+        // pause, then the next position report plays again
+        QSignalSpy paused(window.process(), &MplayerProcess::receivedPause);
+        QTest::keyClick(&window, Qt::Key_Return);
+        QVERIFY(paused.wait(runTimeout));
+        QCOMPARE(window.state(), playerWnd::Paused);
+        QSignalSpy positions(window.process(), &MplayerProcess::receivedCurrentSec);
+        QTest::keyClick(&window, Qt::Key_Return);
+        QVERIFY(positions.wait(runTimeout));
+        QCOMPARE(window.state(), playerWnd::Playing);
+        // F6 held to 50 %: the player goes on from within a second of 35 s
+        QTest::keyPress(&window, Qt::Key_F6);
+        QTRY_VERIFY_WITH_TIMEOUT(window.quickSeekPosition() >= 50, runTimeout);
+        const int percent = window.quickSeekPosition();
+        QTest::keyRelease(&window, Qt::Key_F6);
+        QCOMPARE(percent, 50);
+        QTRY_VERIFY_WITH_TIMEOUT(window.currentPosition() > 20, runTimeout);
+        QVERIFY2(qAbs(window.currentPosition() - 35.0) < 1.0,
+                 qPrintable(QString::number(window.currentPosition())));
+        // F8 ends the run with the next action 1
+        QTest::keyClick(&window, Qt::Key_F8);
+        QVERIFY(finished.wait(runTimeout));
+        QCOMPARE(finished.takeFirst(), QVariantList{1});
+        // a user's stop swallows the one report of its run: handled once the shown state is none
+        QVERIFY(play("seventy.mp3", 70));
+        window.stopPlay();
+        QTRY_COMPARE(window.shownState(), 0);
+        QCOMPARE(finished.count(), 0);
+        // to the end: the exit, then the end of file, then the report with the action 0
+        EventLog log(*window.process());
+        QVERIFY(play("end.wav", 2));
+        QVERIFY(finished.wait(runTimeout));
+        QCOMPARE(log.mid(log.size() - 2), QStringList({"exited", "eof"}));
+        QCOMPARE(finished.takeFirst(), QVariantList{0});
+        QVERIFY(window.currentPosition() > 1.5);
+        QCOMPARE(window.state(), playerWnd::Stopped);
+        // This mplayer ends a file it cannot open as it ends any file (exit code 0), with no
+        // position ever reported; the owner sees the end of a run that never played.
+        window.startPlay(0, QFileInfo(fixture.root().path("/mnt/mmc/gone.mp3")), "00:10", 0, 0);
+        QTRY_VERIFY_WITH_TIMEOUT(finished.count() + failed.count() == 1, runTimeout);
+        QCOMPARE(window.currentPosition(), 0.0);
+        QCOMPARE(window.state(), playerWnd::Stopped);
+        // the window's end takes the player with it (checked by cleanup)
+        QVERIFY(play("seventy.mp3", 70));
+        QCOMPARE(childProcesses().size(), 1);
+        playerWnd::destory();
+    }
+
+private:
+    // one device root for all: each test makes the files it plays
+    PlayerFixture fixture;
 };
 
-QTEST_GUILESS_MAIN(TestMplayerProcess)
+QTEST_MAIN(TestMplayerProcess)
 #include "tst_mplayerprocess.moc"

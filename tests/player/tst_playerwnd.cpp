@@ -1,19 +1,24 @@
-// The player window with a scripted player in place of mplayer (it notes the commands it gets):
-// length and clock texts, the quick-seek ticks and the seek on release, volume steps, the refresh
-// rule, the shell messages, the option menu's stored values, a player that fails or cannot be
-// started, and the screen's geometry with pictures of each screen.
+// The player window and the music list with a scripted player in place of mplayer (it notes the
+// files and commands it gets): length and clock texts, the quick-seek ticks and the seek on
+// release, the shell messages and the refresh rule, a player that fails or cannot be started with
+// the volume steps and the option menu's stored values; the loop modes at the end of a file,
+// F7/F8 and Escape, files that are gone, lists that are missing or empty; and the musicplayer
+// program, which leaves on SIGTERM with its player. How each screen looks: tst_screens.
 #include "app/qcopchannel.h"
 #include "app/startup.h"
+#include "player/filemanager.h"
+#include "player/musicplayercontroller.h"
 #include "player/playerwnd.h"
 #include "playerfixture.h"
 #include "screenpixels.h"
 #include "screenstaging.h"
-#include "storage/configwidget.h"
 #include "widgets/itemmenu.h"
 
 #include <QApplication>
 #include <QSignalSpy>
 #include <QtTest>
+
+#include <csignal>
 
 class TestPlayerWnd : public QObject
 {
@@ -21,28 +26,35 @@ class TestPlayerWnd : public QObject
 
 private slots:
     void initTestCase() { QApplication::setPalette(recorderPalette()); }
-    void cleanup() { QCOMPARE(childProcesses(), QList<qint64>()); }
+    void init()
+    {
+        fixture.reset(new PlayerFixture);
+        QVERIFY(fixture->installScriptedPlayer());
+    }
+    void cleanup()
+    {
+        fixture.reset();
+        QCOMPARE(childProcesses(), QList<qint64>());
+    }
 
     // strTimeNumber on length texts; formatTime gives back the clock rows
     void texts_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<int>("seconds");
-        QTest::addColumn<bool>("clock");
-        QTest::newRow("clock-under-an-hour") << "59:59" << 3599 << true;
-        QTest::newRow("clock-from-one-hour") << "01:00:00" << 3600 << true;
-        QTest::newRow("clock-over-ten-hours") << "10:01:01" << 36061 << true;
-        QTest::newRow("length-inside-text") << "len 01:02:03 ." << 3723 << false;
-        QTest::newRow("one-digit-minute-is-neither") << "1:30" << 0 << false;
-        QTest::newRow("neither-form") << "about a minute" << 0 << false;
+        QTest::newRow("clock-under-an-hour") << "59:59" << 3599;
+        QTest::newRow("clock-from-one-hour") << "01:00:00" << 3600;
+        QTest::newRow("clock-over-ten-hours") << "10:01:01" << 36061;
+        QTest::newRow("length-inside-text") << "len 01:02:03 ." << 3723;
+        QTest::newRow("one-digit-minute-is-neither") << "1:30" << 0;
+        QTest::newRow("neither-form") << "about a minute" << 0;
     }
     void texts()
     {
         QFETCH(QString, text);
         QFETCH(int, seconds);
-        QFETCH(bool, clock);
         QCOMPARE(playerWnd::strTimeNumber(text), seconds * 100);
-        if (clock)
+        if (QByteArray(QTest::currentDataTag()).startsWith("clock"))
             QCOMPARE(playerWnd::formatTime(seconds), text);
     }
 
@@ -75,10 +87,9 @@ private slots:
         QFETCH(double, position);
         QFETCH(int, key);
         QFETCH(int, ticks);
-        PlayerFixture fixture;
-        QVERIFY(fixture.installScriptedPlayer());
+        QFETCH(QString, command);
         playerWnd window;
-        QVERIFY(startOn(window, fixture, length));
+        QVERIFY(startOn(window, *fixture, length));
         window.changeCurrentSec(position);
         QTest::keyPress(&window, Qt::Key(key));
         for (int n = 0; n < ticks; ++n)
@@ -86,51 +97,30 @@ private slots:
         QTEST(window.quickSeekPosition(), "percent");
         QTEST(window.quickSeekInterval(), "interval");
         QTest::keyRelease(&window, Qt::Key(key));
-        QFETCH(QString, command);
-        QTRY_VERIFY(fixture.lines("/commands").contains(command));
-    }
-
-    // Each step is stored as a level and applied again, even when it stays at a bound.
-    void volume_data()
-    {
-        QTest::addColumn<int>("level");
-        QTest::addColumn<int>("key");
-        QTest::addColumn<int>("percent");
-        QTest::newRow("top-stays") << 5 << int(Qt::Key_Up) << 100;
-        QTest::newRow("bottom-stays") << 0 << int(Qt::Key_Down) << 0;
-        QTest::newRow("up-a-step") << 2 << int(Qt::Key_Up) << 60;
-        QTest::newRow("down-a-step") << 3 << int(Qt::Key_Down) << 40;
-    }
-    void volume()
-    {
-        QFETCH(int, level);
-        QFETCH(int, key);
-        QFETCH(int, percent);
-        PlayerFixture fixture;
-        QVERIFY(fixture.writeSettings("PlayVolume=" + QByteArray::number(level)));
-        playerWnd window;
-        QCOMPARE(window.volumePercent(), level * 20);
-        const int callsBefore = fixture.root().amixerCalls().size();
-        QTest::keyClick(&window, Qt::Key(key));
-        QCOMPARE(window.volumePercent(), percent);
-        QVERIFY(fixture.settings().contains("PlayVolume=" + QByteArray::number(percent / 20)));
-        QVERIFY(fixture.root().amixerCalls().size() > callsBefore);
+        QTRY_VERIFY(fixture->lines("/commands").contains(command));
     }
 
     // Every state change tells the shell whether the pen may sleep; the end gives the LED back.
-    // (a message under another name than "lrcplayer(QString)" keeps its name in the text)
-    void shellMessages()
+    // (a message under another name than "lrcplayer(QString)" keeps its name in the text) The
+    // position reports of a 100 s file refresh the screen once a second at most, and nothing
+    // past the end is taken.
+    void shellMessagesAndRefresh()
     {
-        PlayerFixture fixture;
-        QVERIFY(fixture.installScriptedPlayer());
         QCopChannel shell(QStringLiteral("mainprocess"));
         QSignalSpy messages(&shell, &QCopChannel::received);
         QCopChannel::flush();
         {
             playerWnd window;
-            QVERIFY(startOn(window, fixture, "00:01:40"));
+            QVERIFY(startOn(window, *fixture, "00:01:40"));
             window.changePause();
-            window.changeCurrentSec(1.0);
+            const auto report = [&](double sec, int refreshedAt, double position) {
+                window.changeCurrentSec(sec);
+                return playerWnd::lastSeconds == refreshedAt &&
+                       window.currentPosition() == position;
+            };
+            QVERIFY(report(1.0, 100, 1.0) && report(1.5, 100, 1.5) && report(2.0, 200, 2.0));
+            QVERIFY(report(100.5, 200, 2.0));
+            QCOMPARE(window.timeText(), QStringLiteral("00:02"));
             window.stopMplayer();
             window.setLrcAutoSleep(false);
         }
@@ -141,104 +131,28 @@ private slots:
         QCOMPARE(got.join(' ').remove(QStringLiteral("lrcplayer(QString) ")),
                  QStringLiteral("disableAutoSleep enableAutoSleep disableAutoSleep "
                                 "enableAutoSleep disableShutLed enableShutLed enableAutoSleep"));
-        QCOMPARE(fixture.lines("/commands"), QStringList{"quit"});
+        QCOMPARE(fixture->lines("/commands"), QStringList{"quit"});
     }
 
-    // One walk through the screens of a 70 s file: position reports (one refresh a second at
-    // most, nothing past the end), playing, paused, quick seek with its pointer.
-    void screens()
+    // A player that exits with an error: reported as such, never as the end of a file. Then no
+    // player at all: start fails, and the keys still work: the option menu and its stored values,
+    // each volume step stored as a level and applied again (also when it stays at a bound), OK,
+    // Escape stops, Escape leaves.
+    void playerFailsOrIsMissing()
     {
-        PlayerFixture fixture;
-        QVERIFY(fixture.installScriptedPlayer());
+        QVERIFY(fixture->writeSettings("PlayVolume=2\nLoopMode=0"));
         playerWnd window;
         window.show();
         QVERIFY(QTest::qWaitForWindowExposed(&window));
-        QVERIFY(startOn(window, fixture, "00:01:10"));
-        const struct
-        {
-            double sec;
-            int refreshedAt;
-            double position;
-        } steps[] = {{1.0, 100, 1.0}, {1.5, 100, 1.5}, {2.0, 200, 2.0}, {70.5, 200, 2.0}};
-        for (const auto &step : steps) {
-            window.changeCurrentSec(step.sec);
-            QCOMPARE(playerWnd::lastSeconds, step.refreshedAt);
-            QCOMPARE(window.currentPosition(), step.position);
-        }
-        QCOMPARE(window.timeText(), QStringLiteral("00:02"));
-        window.changeCurrentSec(35.0);
-        const auto barEndsAt = [](const QImage &image, int end) {
-            return lit(image, 2, 22) && lit(image, end + 1, 22) && lit(image, end / 2, 21) &&
-                   lit(image, end / 2, 23) && !lit(image, end / 2, 22);
-        };
-        const auto lineDrawn = [](const QImage &image) {
-            for (int x = 0; x < 256; x += 5) {
-                if (!lit(image, x, 20))
-                    return false;
-            }
-            return !lit(image, 100, 19);
-        };
-
-        const QImage playing = shoot(window, "player_playing");
-        QCOMPARE(window.helpText(), QStringLiteral("Press OK to Pause"));
-        QCOMPARE(window.timeText(), QStringLiteral("00:35"));
-        QVERIFY(lineDrawn(playing));
-        QVERIFY(barEndsAt(playing, 35 * 25400 / 7000));
-        QVERIFY(!lit(playing, 35 * 25400 / 7000 + 2, 22));
-        for (int y = 33; y <= 39; ++y) {
-            QVERIFY(lit(playing, 175, y) && lit(playing, 176, y));
-            QVERIFY(lit(playing, 180, y) && lit(playing, 181, y));
-            QVERIFY(!lit(playing, 178, y) && !lit(playing, 182, y));
-        }
-
-        QTest::keyClick(&window, Qt::Key_Return);
-        QCOMPARE(window.shownState(), 2);
-        QTRY_COMPARE(fixture.lines("/commands"), QStringList{"pause"});
-        const QImage paused = shoot(window, "player_paused");
-        QCOMPARE(window.helpText(), QStringLiteral("Press OK to Play"));
-        QVERIFY(lineDrawn(paused));
-        QVERIFY(lit(paused, 178, 33) && lit(paused, 178, 39) && lit(paused, 175, 36) &&
-                lit(paused, 181, 36));
-        QVERIFY(!lit(paused, 178, 36) && !lit(paused, 182, 36));
-
-        QTest::keyPress(&window, Qt::Key_F6);
-        for (int n = 0; n < 10; ++n)
-            window.quickSeekPos();
-        const QImage seeking = shoot(window, "player_quick-seek");
-        const int end = 60 * 254 / 100 - 3;
-        QVERIFY(barEndsAt(seeking, end));
-        // the pointer: a small triangle just after the bar's end
-        QVERIFY(lit(seeking, end + 2, 21) && lit(seeking, end + 5, 21) &&
-                lit(seeking, end + 2, 24));
-        QVERIFY(!lit(seeking, end + 6, 21) && !lit(seeking, end + 2, 25));
-        QTest::keyRelease(&window, Qt::Key_F6);
-    }
-
-    // A player that exits with an error: reported as such, never as the end of a file.
-    void playerFails()
-    {
-        PlayerFixture fixture;
-        QVERIFY(fixture.installScriptedPlayer());
-        playerWnd window;
         QSignalSpy failed(&window, &playerWnd::mplayerFinishedWithError);
         QSignalSpy finished(&window, &playerWnd::mplayerPlayFinished);
-        window.startPlay(0, QFileInfo(fixture.root().path("/mnt/mmc/fails.mp3")), "00:10", 0, 0);
+        window.startPlay(0, QFileInfo(fixture->root().path("/mnt/mmc/fails.mp3")), "00:10", 0, 0);
         QVERIFY(failed.wait(10000));
-        QCOMPARE(failed.at(0).at(0).toInt(), 1);
+        QCOMPARE(failed.first(), QVariantList{1});
         QCOMPARE(finished.count(), 0);
         QCOMPARE(window.state(), playerWnd::Stopped);
-    }
-
-    // No player at all: start fails, and the keys still work: the option menu and its stored
-    // values, OK, Escape stops, Escape leaves.
-    void noPlayer()
-    {
-        PlayerFixture fixture;
-        QVERIFY(fixture.writeSettings("PlayVolume=2\nLoopMode=0"));
-        playerWnd window;
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        window.startPlay(0, QFileInfo(fixture.root().path("/mnt/mmc/a.mp3")), "00:10", 0, 0);
+        QVERIFY(QFile::remove(fixture->root().path("/usr/bin/mplayer")));
+        window.startPlay(0, QFileInfo(fixture->root().path("/mnt/mmc/a.mp3")), "00:10", 0, 0);
         QTest::keyClick(&window, Qt::Key_F12);
         ItemMenu *menu = window.optionMenu();
         QVERIFY(menu && menu->isVisible());
@@ -251,16 +165,23 @@ private slots:
             }
             return true;
         };
-        QVERIFY(valueClear(shoot(*menu, "player_menu")));
         QTest::keyClick(menu, Qt::Key_Right);
         QTest::keyClick(menu, Qt::Key_Down);
         QTest::keyClick(menu, Qt::Key_Right);
-        QVERIFY(valueClear(shoot(*menu, "player_menu_pepeat-all")));
-        QCOMPARE(window.volumePercent(), 60);
-        QVERIFY(fixture.settings().contains("PlayVolume=3"));
-        QVERIFY(fixture.settings().contains("LoopMode=1"));
+        QVERIFY(valueClear(shoot(*menu, "player_menu_repeat-all")));
+        QVERIFY(fixture->settings().contains("LoopMode=1"));
         QTest::keyClick(menu, Qt::Key_Escape);
         QCOMPARE(window.optionMenu(), nullptr);
+        QCOMPARE(window.volumePercent(), 60);
+        QVERIFY(fixture->settings().contains("PlayVolume=3"));
+        for (const int percent : {80, 100, 100, 80, 60, 40, 20, 0, 0}) {
+            const int calls = fixture->root().amixerCalls().size();
+            const bool up = percent > window.volumePercent() || percent == 100;
+            QTest::keyClick(&window, up ? Qt::Key_Up : Qt::Key_Down);
+            QCOMPARE(window.volumePercent(), percent);
+            QVERIFY(fixture->settings().contains("PlayVolume=" + QByteArray::number(percent / 20)));
+            QVERIFY(fixture->root().amixerCalls().size() > calls);
+        }
         QTest::keyClick(&window, Qt::Key_Return);
         QCOMPARE(window.shownState(), 2);
         QTest::keyClick(&window, Qt::Key_Escape);
@@ -269,6 +190,117 @@ private slots:
         QTest::keyClick(&window, Qt::Key_Escape);
         QTRY_VERIFY(!window.isVisible());
     }
+
+    // The files played, from the loop mode at each end (files named *ends* end at once) or from
+    // a key pressed during the first (the others play until stopped).
+    void playsTheList_data()
+    {
+        QTest::addColumn<int>("loopMode");
+        QTest::addColumn<QStringList>("list");
+        QTest::addColumn<int>("key");
+        QTest::addColumn<QStringList>("expected");
+        const QStringList two{"a-ends.mp3", "b-ends.mp3"}, three{"1.mp3", "2.mp3", "3.mp3"};
+        QTest::newRow("repeat-one") << 0 << two << 0 << QStringList{"a-ends.mp3", "a-ends.mp3"};
+        QTest::newRow("repeat-all-wraps")
+            << 1 << two << 0 << QStringList{"a-ends.mp3", "b-ends.mp3", "a-ends.mp3"};
+        QTest::newRow("not-repeat-stops-at-the-end") << 2 << two << 0 << two;
+        QTest::newRow("gone-files-skipped")
+            << 2 << QStringList{"gone.mp3", "a-ends.mp3", "gone2.mp3", "b-ends.mp3"} << 0 << two;
+        QTest::newRow("f8-next") << 2 << three << int(Qt::Key_F8) << QStringList{"1.mp3", "2.mp3"};
+        QTest::newRow("f7-previous-wraps")
+            << 2 << three << int(Qt::Key_F7) << QStringList{"1.mp3", "3.mp3"};
+    }
+    void playsTheList()
+    {
+        QFETCH(int, loopMode);
+        QFETCH(QStringList, list);
+        QFETCH(int, key);
+        QFETCH(QStringList, expected);
+        QVERIFY(fixture->writeSettings("LoopMode=" + QByteArray::number(loopMode)));
+        writeList(list);
+        FileManager files;
+        QCOMPARE(files.load(), list.size());
+        playerWnd window;
+        MusicPlayerController controller(&files, &window);
+        QVERIFY(controller.start());
+        if (key)
+            QTest::keyClick(&window, Qt::Key(key));
+        QTRY_VERIFY(played().size() >= expected.size());
+        if (loopMode == 2 && !key)
+            QTRY_COMPARE(window.shownState(), 0);
+        QCOMPARE(played().mid(0, expected.size()), expected);
+        if (!key)
+            return;
+        QCOMPARE(controller.currentIndex(), list.indexOf(expected.last()));
+        // Escape stops without moving on; Escape again leaves
+        QSignalSpy finished(&controller, &MusicPlayerController::finished);
+        QTest::keyClick(&window, Qt::Key_Escape);
+        QTRY_COMPARE(window.shownState(), 0);
+        QTest::keyClick(&window, Qt::Key_Escape);
+        QCOMPARE(finished.count(), 1);
+        QCOMPARE(played(), expected);
+    }
+
+    void nothingToPlay_data()
+    {
+        QTest::addColumn<QByteArray>("list");
+        QTest::addColumn<int>("loaded");
+        QTest::newRow("no-list") << QByteArray() << -1;
+        QTest::newRow("empty-list") << QByteArray("\n") << 0;
+        QTest::newRow("only-gone-files") << QByteArray("/mnt/mmc/e_Music/gone.mp3\n") << 1;
+    }
+    void nothingToPlay()
+    {
+        QFETCH(QByteArray, list);
+        QVERIFY(list.isNull() || fixture->root().writeFile("/apps/config/musiclist.txt", list));
+        FileManager files;
+        QTEST(files.load(), "loaded");
+        playerWnd window;
+        MusicPlayerController controller(&files, &window);
+        QVERIFY(!controller.start());
+        QCOMPARE(window.state(), playerWnd::Stopped);
+    }
+
+    // The installed-style program: plays the list, says which files are gone, and ends on
+    // SIGTERM taking its player along.
+    void program()
+    {
+        writeList({"gone.mp3", "song.mp3"});
+        RecorderProcess program(fixture->root().root());
+        program.setProgram(QStringLiteral(MUSICPLAYER_BIN));
+        QVERIFY(program.start());
+        // the line comes before the song starts, but may still be on its way here
+        QVERIFY(program.waitForError("music file missing, skipped: /mnt/mmc/e_Music/gone.mp3"));
+        QTRY_COMPARE_WITH_TIMEOUT(played(), QStringList{"song.mp3"}, 15000);
+        ::kill(program.pid(), SIGTERM);
+        QVERIFY(program.waitForExit());
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+        // the scripted player went with the program
+        QCOMPARE(fixture->lines("/pids").size(), 1);
+        QVERIFY(!QFileInfo::exists("/proc/" + fixture->lines("/pids").first()));
+    }
+
+private:
+    // Writes the list as the scan does (device paths, one a line) and makes its files but gone*.
+    void writeList(const QStringList &names)
+    {
+        QByteArray list;
+        for (const QString &name : names) {
+            list += "/mnt/mmc/e_Music/" + name.toLocal8Bit() + '\n';
+            if (!name.startsWith("gone"))
+                QVERIFY(fixture->root().writeFile("/mnt/mmc/e_Music/" + name, "not played here"));
+        }
+        QVERIFY(fixture->root().writeFile("/apps/config/musiclist.txt", list));
+    }
+    // the names of the files the scripted player was given
+    QStringList played()
+    {
+        return fixture->lines("/played").replaceInStrings(QRegularExpression(".*/"), "");
+    }
+
+    // a device root of its own for each test, with the scripted player
+    std::unique_ptr<PlayerFixture> fixture;
 };
 
 QTEST_MAIN(TestPlayerWnd)
