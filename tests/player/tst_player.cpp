@@ -94,7 +94,7 @@ private slots:
     // Holding F5/F6: the pointer's steps and tick intervals, then the seek sent on release.
     void quickSeek_data()
     {
-        QTest::addColumn<QString>("length");
+        QTest::addColumn<int>("length");
         QTest::addColumn<double>("position");
         QTest::addColumn<int>("key");
         QTest::addColumn<int>("ticks");
@@ -102,27 +102,22 @@ private slots:
         QTest::addColumn<int>("interval");
         QTest::addColumn<QString>("command");
         const int f5 = Qt::Key_F5, f6 = Qt::Key_F6;
-        QTest::newRow("first-tick") << "00:01:40" << 0.0 << f6 << 1 << 1 << 150 << "seek 1 1";
-        QTest::newRow("faster-further-in")
-            << "00:01:40" << 50.0 << f6 << 1 << 51 << 100 << "seek 51 1";
-        QTest::newRow("end-reached-and-kept")
-            << "00:01:40" << 97.0 << f6 << 6 << 100 << 50 << "seek 97 2";
-        QTest::newRow("backward-stops-at-0")
-            << "00:01:40" << 1.0 << f5 << 3 << 0 << 150 << "seek 0 1";
-        QTest::newRow("short-file-four-percent")
-            << "00:30" << 0.0 << f6 << 2 << 8 << 150 << "seek 2 2";
-        QTest::newRow("short-file-whole-seconds")
-            << "00:30" << 15.0 << f6 << 1 << 54 << 100 << "seek 16 2";
+        QTest::newRow("first-tick") << 100 << 0.0 << f6 << 1 << 1 << 150 << "seek 1 1";
+        QTest::newRow("faster-further-in") << 100 << 50.0 << f6 << 1 << 51 << 100 << "seek 51 1";
+        QTest::newRow("end-reached-and-kept") << 100 << 97.0 << f6 << 6 << 100 << 50 << "seek 97 2";
+        QTest::newRow("backward-stops-at-0") << 100 << 1.0 << f5 << 3 << 0 << 150 << "seek 0 1";
+        QTest::newRow("short-file-4-percent") << 30 << 0.0 << f6 << 2 << 8 << 150 << "seek 2 2";
+        QTest::newRow("short-file-whole-s") << 30 << 15.0 << f6 << 1 << 54 << 100 << "seek 16 2";
     }
     void quickSeek()
     {
-        QFETCH(QString, length);
+        QFETCH(int, length);
         QFETCH(double, position);
         QFETCH(int, key);
         QFETCH(int, ticks);
         QFETCH(QString, command);
         playerWnd window;
-        QVERIFY(startOn(window, *fixture, length));
+        QVERIFY(startOn(window, *fixture, playerWnd::formatTime(length)));
         window.changeCurrentSec(position);
         QTest::keyPress(&window, Qt::Key(key));
         for (int n = 0; n < ticks; ++n)
@@ -189,19 +184,15 @@ private slots:
         QTest::keyClick(&window, Qt::Key_F12);
         ItemMenu *menu = window.optionMenu();
         QVERIFY(menu && menu->isVisible());
-        // the loop mode's value stays clear of its arrows (left 150-157, right 245-252)
-        const auto valueClear = [](const QImage &image) {
-            for (int y = 25; y <= 40; ++y) {
-                for (int x : {159, 160, 161, 241, 242, 243})
-                    if (lit(image, x, y))
-                        return false;
-            }
-            return true;
-        };
         QTest::keyClick(menu, Qt::Key_Right);
         QTest::keyClick(menu, Qt::Key_Down);
         QTest::keyClick(menu, Qt::Key_Right);
-        QVERIFY(valueClear(shoot(*menu, "player_menu_repeat-all")));
+        // the loop mode's longest value stays clear of its arrows (left 150-157, right 245-252)
+        const QImage repeatAll = shoot(*menu, "player_menu_repeat-all");
+        for (int y = 25; y <= 40; ++y) {
+            for (int x : {159, 160, 161, 241, 242, 243})
+                QVERIFY2(!lit(repeatAll, x, y), qPrintable(QString("lit: %1, %2").arg(x).arg(y)));
+        }
         QVERIFY(fixture->settings().contains("LoopMode=1"));
         QTest::keyClick(menu, Qt::Key_Escape);
         QCOMPARE(window.optionMenu(), nullptr);
