@@ -29,6 +29,8 @@
 namespace {
 
 constexpr int runTimeout = 30000;
+// what the process makes of a text (TestPlayer::reading)
+constexpr int Lines = 0, ChildLines = 1, Arguments = 2, Signals = 3;
 
 // The parser's signals as short texts, in the order they came.
 struct EventLog : QStringList
@@ -215,97 +217,6 @@ private slots:
         QTRY_VERIFY(!window.isVisible());
     }
 
-    // The line cutter on chunks as they arrive (split at '|'), and splitArguments on a text.
-    void splitting_data()
-    {
-        QTest::addColumn<bool>("cutter");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QStringList>("pieces");
-        QTest::newRow("line-joined-over-three-chunks")
-            << true << "A:  1|.5 of 3.0|\r" << QStringList{"A:  1.5 of 3.0"};
-        QTest::newRow("crlf-gives-an-empty-line") << true << "first\r\nsecond\n"
-                                                  << QStringList{"first", "", "second"};
-        QTest::newRow("break-opens-a-chunk") << true << "one|\rtwo\n" << QStringList{"one", "two"};
-        QTest::newRow("partial-line-waits") << true << "x\ry|z" << QStringList{"x"};
-        QTest::newRow("quoted-piece-keeps-quotes")
-            << false << "a \"b c\" d" << QStringList{"a", "\"b c\"", "d"};
-        QTest::newRow("two-spaces-empty-piece") << false << "a  b" << QStringList{"a", "", "b"};
-        QTest::newRow("trailing-space-empty-last") << false << "a " << QStringList{"a", ""};
-        QTest::newRow("empty") << false << "" << QStringList{};
-    }
-    void splitting()
-    {
-        QFETCH(bool, cutter);
-        QFETCH(QString, text);
-        MyProcess process;
-        QSignalSpy lines(&process, &MyProcess::lineAvailable);
-        for (const QString &chunk : text.split('|'))
-            process.genericRead(chunk.toLatin1());
-        QStringList cut;
-        for (const QList<QVariant> &line : lines)
-            cut << line.at(0).toString();
-        QTEST(cutter ? cut : MyProcess::splitArguments(text), "pieces");
-    }
-
-    // A real child: its last line without a break is dropped at exit.
-    void partialLineAtExitDropped()
-    {
-        MyProcess process;
-        QSignalSpy lines(&process, &MyProcess::lineAvailable);
-        QSignalSpy finished(&process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished));
-        for (const char *argument : {"/bin/sh", "-c", "printf 'whole\\npartial'"})
-            process.addArgument(argument);
-        process.start();
-        QVERIFY(finished.wait(10000));
-        QCOMPARE(lines, QList<QList<QVariant>>{{QByteArray("whole")}});
-    }
-
-    // What a real audio run does not show (its own order is checked at the end of the walk),
-    // "exit" standing for the child's exit. Then the position of a status line: to the last bit
-    // the number toDouble reads from the same text (a fuzzy comparison would hide a misrounded
-    // one; a QVariant's text of a double reads back to the same bits), also where the quick path
-    // for the usual "123.4" does not apply.
-    void parser_data()
-    {
-        QTest::addColumn<QByteArrayList>("lines");
-        QTest::addColumn<QStringList>("events");
-        const QByteArray status = "A:   3.0 (03.0) of 10.0 (10.0)  0.1% ";
-        const QStringList first{"start 3", "loaded", "frame 0", "sec 3"};
-        QTest::newRow("video-frame-number")
-            << QByteArrayList{"V:   1.0  25/ 25  1%  0%  0.0% 0 0"}
-            << QStringList{"start 1", "loaded", "frame 0", "sec 1", "frame 25"};
-        QTest::newRow("ao-after-playback-ignored")
-            << QByteArrayList{status, "AO: [null] 22050Hz 2ch s16le"} << first;
-        QTest::newRow("pause-before-playback")
-            << QByteArrayList{"ID_PAUSED"} << QStringList{"pause"};
-        QTest::newRow("end-before-playback-loads")
-            << QByteArrayList{"ID_EXIT=EOF", "Exiting... (End of file)"} << QStringList{"loaded"};
-        QTest::newRow("screenshot") << QByteArrayList{"*** screenshot 'shot0001.png' ***"}
-                                    << QStringList{"shot shot0001.png"};
-        QTest::newRow("exit-unannounced-no-eof")
-            << QByteArrayList{status, "exit"} << first + QStringList{"exited"};
-        for (const char *text :
-             {"0.0", "3599.9", "007.5", "12.", "0.1234567", "123456789012.3", "1234567890123456.7",
-              "88888888888888888888888.8", "-0.4", "1,5", "01:02.3", "1.2.3"}) {
-            const QString sec = QVariant(QByteArray(text).toDouble()).toString();
-            QTest::newRow(text) << QByteArrayList{"A: " + QByteArray(text) + " (00.0) of 10.0"}
-                                << QStringList{"start " + sec, "loaded", "frame 0", "sec " + sec};
-        }
-    }
-    void parser()
-    {
-        QFETCH(QByteArrayList, lines);
-        MplayerProcess process;
-        EventLog log(process);
-        for (const QByteArray &line : lines) {
-            if (line == "exit")
-                process.processFinished(0, QProcess::NormalExit);
-            else
-                process.parseLine(line);
-        }
-        QTEST(QStringList(log), "events");
-    }
-
     // The files played, from the loop mode at each end (files named *ends* end at once) or from
     // a key pressed during the first (the others play until stopped); none from a list that is
     // missing (as no names: it loads as -1), empty (an empty name: an empty line) or all gone.
@@ -380,6 +291,84 @@ private slots:
         // the scripted player went with the program
         QCOMPARE(fixture->lines("/pids").size(), 1);
         QVERIFY(!QFileInfo::exists("/proc/" + fixture->lines("/pids").first()));
+    }
+
+    // What the process makes of a text: the line cutter's lines (chunks as they arrive split at
+    // '|'), the lines of a real child printing it (its last line without a break is dropped at
+    // exit), splitArguments's pieces, and the parser's signals. The parser's rows: what a real
+    // audio run does not show (its own order is checked at the end of the walk), "exit" standing
+    // for the child's exit; then the position of a status line: to the last bit the number
+    // toDouble reads from the same text (a fuzzy comparison would hide a misrounded one; a
+    // QVariant's text of a double reads back to the same bits), also where the quick path for the
+    // usual "123.4" does not apply.
+    void reading_data()
+    {
+        QTest::addColumn<int>("reader");
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QStringList>("out");
+        QTest::newRow("line-joined-over-three-chunks")
+            << Lines << "A:  1|.5 of 3.0|\r" << QStringList{"A:  1.5 of 3.0"};
+        QTest::newRow("crlf-gives-an-empty-line") << Lines << "first\r\nsecond\n"
+                                                  << QStringList{"first", "", "second"};
+        QTest::newRow("break-opens-a-chunk") << Lines << "one|\rtwo\n" << QStringList{"one", "two"};
+        QTest::newRow("partial-line-waits") << Lines << "x\ry|z" << QStringList{"x"};
+        QTest::newRow("partial-line-dropped-at-exit")
+            << ChildLines << "whole\npartial" << QStringList{"whole"};
+        QTest::newRow("quoted-piece-keeps-quotes")
+            << Arguments << "a \"b c\" d" << QStringList{"a", "\"b c\"", "d"};
+        QTest::newRow("two-spaces-empty-piece") << Arguments << "a  b" << QStringList{"a", "", "b"};
+        QTest::newRow("trailing-space-empty-last") << Arguments << "a " << QStringList{"a", ""};
+        QTest::newRow("empty") << Arguments << "" << QStringList{};
+        const QString status = "A:   3.0 (03.0) of 10.0 (10.0)  0.1% \n";
+        const QStringList first{"start 3", "loaded", "frame 0", "sec 3"};
+        QTest::newRow("video-frame-number")
+            << Signals << "V:   1.0  25/ 25  1%  0%  0.0% 0 0\n"
+            << QStringList{"start 1", "loaded", "frame 0", "sec 1", "frame 25"};
+        QTest::newRow("ao-after-playback-ignored")
+            << Signals << status + "AO: [null] 22050Hz 2ch s16le\n"
+            << first;
+        QTest::newRow("pause-before-playback") << Signals << "ID_PAUSED\n" << QStringList{"pause"};
+        QTest::newRow("end-before-playback-loads")
+            << Signals << "ID_EXIT=EOF\nExiting... (End of file)\n"
+            << QStringList{"loaded"};
+        QTest::newRow("screenshot") << Signals << "*** screenshot 'shot0001.png' ***\n"
+                                    << QStringList{"shot shot0001.png"};
+        QTest::newRow("exit-unannounced-no-eof")
+            << Signals << status + "|exit" << first + QStringList{"exited"};
+        for (const char *text :
+             {"0.0", "3599.9", "007.5", "12.", "0.1234567", "123456789012.3", "1234567890123456.7",
+              "88888888888888888888888.8", "-0.4", "1,5", "01:02.3", "1.2.3"}) {
+            const QString sec = QVariant(QByteArray(text).toDouble()).toString();
+            QTest::newRow(text) << Signals << "A: " + QString(text) + " (00.0) of 10.0\n"
+                                << QStringList{"start " + sec, "loaded", "frame 0", "sec " + sec};
+        }
+    }
+    void reading()
+    {
+        QFETCH(int, reader);
+        QFETCH(QString, text);
+        MplayerProcess process;
+        EventLog log(process);
+        QSignalSpy lines(&process, qOverload<QByteArray>(&MyProcess::lineAvailable));
+        QSignalSpy finished(&process, qOverload<int, QProcess::ExitStatus>(&QProcess::finished));
+        if (reader == ChildLines) {
+            for (const QString &argument : QStringList{"/bin/sh", "-c", "printf '" + text + "'"})
+                process.addArgument(argument);
+            QVERIFY(process.start() && finished.wait(10000));
+        }
+        for (const QString &chunk : text.split('|')) {
+            if (chunk == "exit")
+                process.processFinished(0, QProcess::NormalExit);
+            else if (reader != ChildLines)
+                process.genericRead(chunk.toLatin1());
+        }
+        QStringList cut;
+        for (const QList<QVariant> &line : lines)
+            cut << line.at(0).toString();
+        QTEST(reader == Arguments ? MyProcess::splitArguments(text)
+              : reader == Signals ? QStringList(log)
+                                  : cut,
+              "out");
     }
 
     void walk()
