@@ -56,13 +56,3 @@ bool PlayerFixture::installScriptedPlayer()
                             "    [ \"$cmd\" = quit ] && exit 0\n"
                             "done\n");
 }
-
-bool PlayerFixture::writeSettings(const QByteArray &lines)
-{
-    return m_root.writeFile("/apps/config/recconfig.ini", "[RecorderSet]\n" + lines + '\n');
-}
-
-QStringList PlayerFixture::lines(const QString &devicePath) const
-{
-    return QString::fromLocal8Bit(m_root.readFile(devicePath)).split('\n', Qt::SkipEmptyParts);
-}

@@ -24,10 +24,16 @@ public:
     // "quit".
     bool installScriptedPlayer();
     // recconfig.ini holding these [RecorderSet] lines, and its text.
-    bool writeSettings(const QByteArray &lines);
+    bool writeSettings(const QByteArray &lines)
+    {
+        return m_root.writeFile("/apps/config/recconfig.ini", "[RecorderSet]\n" + lines + '\n');
+    }
     QByteArray settings() const { return m_root.readFile("/apps/config/recconfig.ini"); }
     // The lines of a device file of the root.
-    QStringList lines(const QString &devicePath) const;
+    QStringList lines(const QString &devicePath) const
+    {
+        return QString::fromLocal8Bit(m_root.readFile(devicePath)).split('\n', Qt::SkipEmptyParts);
+    }
 
 private:
     TestDeviceRoot m_root;
