@@ -16,11 +16,6 @@
 
 namespace {
 
-// what the screens show: a recording of 1:23, a song at 1:23 of 3:20, the quick seek ten steps on
-constexpr int recordedSeconds = 83;
-constexpr double songPosition = 83.0;
-constexpr int quickSeekSteps = 10;
-
 enum State { Idle, Running, Paused, QuickSeek, Options };
 
 QImage grabbed(QWidget *widget)
@@ -55,7 +50,8 @@ QImage recorderScreen(State state)
     }
     if (!startRecording(window))
         return {};
-    tickTo(window, recordedSeconds);
+    // a recording of 1:23
+    tickTo(window, 83);
     if (state == Paused)
         QTest::keyClick(&window, Qt::Key_Return);
     const QImage picture = grabbed(&window);
@@ -70,9 +66,10 @@ QImage playerScreen(State state)
         !withMenuPicture(fixture))
         return {};
     playerWnd window;
+    // a song at 1:23 of 3:20
     if (!startOn(window, fixture, QStringLiteral("00:03:20")))
         return {};
-    window.changeCurrentSec(songPosition);
+    window.changeCurrentSec(83.0);
     if (state == Paused)
         QTest::keyClick(&window, Qt::Key_Return);
     if (state == Options) {
@@ -80,9 +77,9 @@ QImage playerScreen(State state)
         return grabbed(window.optionMenu());
     }
     if (state == QuickSeek) {
-        // F6 held: the pointer's steps come from its timer, counted here instead
+        // F6 held ten steps on: the pointer's steps come from its timer, counted here instead
         QTest::keyPress(&window, Qt::Key_F6);
-        for (int n = 0; n < quickSeekSteps; ++n)
+        for (int n = 0; n < 10; ++n)
             window.quickSeekPos();
     }
     const QImage picture = grabbed(&window);
