@@ -2,9 +2,7 @@
 
 #include "storage/configwidget.h"
 
-#include <QDir>
 #include <QFile>
-#include <QProcess>
 
 PlayerFixture::PlayerFixture()
 {
@@ -19,15 +17,6 @@ PlayerFixture::~PlayerFixture()
 {
     delete ConfigWidget::reader;
     ConfigWidget::reader = nullptr;
-}
-
-QString PlayerFixture::makeSound(const QString &name, double seconds)
-{
-    const QString path = m_root.path("/mnt/mmc/e_Music/" + name);
-    const QStringList tone{
-        "-n", "-r", "22050", "-c", "1", path, "synth", QString::number(seconds), "sine", "440"};
-    return QDir().mkpath(QFileInfo(path).path()) && QProcess::execute("sox", tone) == 0 ? path
-                                                                                        : QString();
 }
 
 bool PlayerFixture::installStandIn()
