@@ -2,9 +2,7 @@
 
 #include "storage/configwidget.h"
 
-#include <QDir>
 #include <QFile>
-#include <QProcess>
 
 PlayerFixture::PlayerFixture()
 {
@@ -21,28 +19,20 @@ PlayerFixture::~PlayerFixture()
     ConfigWidget::reader = nullptr;
 }
 
-QString PlayerFixture::makeSound(const QString &name, double seconds)
-{
-    const QString path = m_root.path(QStringLiteral("/mnt/mmc/e_Music/") + name);
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    const int rc =
-        QProcess::execute(QStringLiteral("sox"), {"-n", "-r", "22050", "-c", "1", path, "synth",
-                                                  QString::number(seconds), "sine", "440"});
-    return rc == 0 && QFileInfo::exists(path) ? path : QString();
-}
-
 bool PlayerFixture::installStandIn()
 {
-    const QString target = m_root.path(QStringLiteral("/usr/bin/mplayer"));
-    QDir().mkpath(QFileInfo(target).absolutePath());
-    return QFile::copy(QStringLiteral(DEVSIM_SOURCE_DIR "/mplayer"), target) &&
-           QFile::setPermissions(target, QFile::ReadOwner | QFile::ExeOwner);
+    QFile standIn(QStringLiteral(DEVSIM_SOURCE_DIR "/mplayer"));
+    return standIn.open(QIODevice::ReadOnly) &&
+           m_root.writeFile("/usr/bin/mplayer", standIn.readAll()) &&
+           QFile::setPermissions(m_root.path("/usr/bin/mplayer"),
+                                 QFile::ReadOwner | QFile::ExeOwner);
 }
 
+// the stand-in's place and rights, with the script in it
 bool PlayerFixture::installScriptedPlayer()
 {
-    const QString mplayer = QStringLiteral("/usr/bin/mplayer");
-    return m_root.writeFile(mplayer,
+    return installStandIn() &&
+           m_root.writeFile("/usr/bin/mplayer",
                             "#!/bin/sh\n"
                             "echo $$ >> \"$RECORDER_ROOT/pids\"\n"
                             "echo \"$3\" >> \"$RECORDER_ROOT/played\"\n"
@@ -53,17 +43,5 @@ bool PlayerFixture::installScriptedPlayer()
                             "while read -r cmd; do\n"
                             "    echo \"$cmd\" >> \"$RECORDER_ROOT/commands\"\n"
                             "    [ \"$cmd\" = quit ] && exit 0\n"
-                            "done\n") &&
-           QFile::setPermissions(m_root.path(mplayer), QFile::ReadOwner | QFile::ExeOwner);
-}
-
-bool PlayerFixture::writeSettings(const QByteArray &lines)
-{
-    return m_root.writeFile(QStringLiteral("/apps/config/recconfig.ini"),
-                            "[RecorderSet]\n" + lines + '\n');
-}
-
-QStringList PlayerFixture::lines(const QString &devicePath) const
-{
-    return QString::fromLocal8Bit(m_root.readFile(devicePath)).split('\n', Qt::SkipEmptyParts);
+                            "done\n");
 }

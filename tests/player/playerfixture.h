@@ -3,12 +3,9 @@
 #include "recorderprocess.h"
 #include "testdeviceroot.h"
 
-#include <QByteArray>
-#include <QString>
-
-// What the player tests share: sound files made with sox in the device root, the pen's
-// /usr/bin/mplayer (the device simulation's stand-in, or a small script that plays a part), and
-// a look at this process's children (childProcesses()).
+// What the player tests share: a device root with the pen's /usr/bin/mplayer (the device
+// simulation's stand-in, or a small script that plays a part), and a look at this process's
+// children (childProcesses()).
 class PlayerFixture
 {
 public:
@@ -16,9 +13,6 @@ public:
     ~PlayerFixture();
 
     TestDeviceRoot &root() { return m_root; }
-    // A sine tone of the given length at device path /mnt/mmc/e_Music/<name> (mp3 or wav by
-    // suffix); the real path, empty when sox failed.
-    QString makeSound(const QString &name, double seconds);
     // The device simulation's stand-in, driving the host's mplayer with a null audio output.
     bool installStandIn();
     // A scripted player (for runs no real player can give on demand): notes its process id in
@@ -27,13 +21,16 @@ public:
     // "quit".
     bool installScriptedPlayer();
     // recconfig.ini holding these [RecorderSet] lines, and its text.
-    bool writeSettings(const QByteArray &lines);
-    QByteArray settings() const
+    bool writeSettings(const QByteArray &lines)
     {
-        return m_root.readFile(QStringLiteral("/apps/config/recconfig.ini"));
+        return m_root.writeFile("/apps/config/recconfig.ini", "[RecorderSet]\n" + lines + '\n');
     }
+    QByteArray settings() const { return m_root.readFile("/apps/config/recconfig.ini"); }
     // The lines of a device file of the root.
-    QStringList lines(const QString &devicePath) const;
+    QStringList lines(const QString &devicePath) const
+    {
+        return QString::fromLocal8Bit(m_root.readFile(devicePath)).split('\n', Qt::SkipEmptyParts);
+    }
 
 private:
     TestDeviceRoot m_root;

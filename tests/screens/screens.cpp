@@ -14,26 +14,18 @@ int main(int argc, char **argv)
     // the same pixels whether or not a display is there
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: %s FOLDER\n", argv[0]);
-        return 2;
-    }
     QApplication::setPalette(recorderPalette());
-    const QString folder = QString::fromLocal8Bit(argv[1]);
-    if (!QDir().mkpath(folder)) {
-        std::fprintf(stderr, "screens: cannot make %s\n", argv[1]);
-        return 1;
+    if (argc != 2 || !QDir().mkpath(QString::fromLocal8Bit(argv[1]))) {
+        std::fprintf(stderr, "usage: %s FOLDER (one it can make)\n", argv[0]);
+        return 2;
     }
     int failed = 0;
     for (const ReadmeScreen &screen : readmeScreens()) {
-        const QString path = folder + QLatin1Char('/') + screen.name + QStringLiteral(".png");
-        const QImage picture = screen.draw();
-        if (picture.isNull() || !savePicture(picture, path)) {
-            std::fprintf(stderr, "screens: %s could not be drawn\n", qPrintable(path));
-            ++failed;
-            continue;
-        }
-        std::fprintf(stderr, "screens: %s\n", qPrintable(path));
+        const QString path = QString::fromLocal8Bit(argv[1]) + '/' + screen.name + ".png";
+        const bool saved = savePicture(screen.draw(), path);
+        std::fprintf(stderr, "screens: %s%s\n", qPrintable(path),
+                     saved ? "" : " could not be drawn");
+        failed += saved ? 0 : 1;
     }
     return failed == 0 ? 0 : 1;
 }

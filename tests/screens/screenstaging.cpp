@@ -4,8 +4,6 @@
 #include "playerfixture.h"
 #include "recorder/recordmainwnd.h"
 #include "scanread/scanreadedit.h"
-#include "storage/configwidget.h"
-#include "testdeviceroot.h"
 #include "widgets/itemmenu.h"
 #include "widgets/messagedialog.h"
 #include "widgets/yesnoselect.h"
@@ -18,56 +16,75 @@
 
 namespace {
 
-// what the screens show: a recording of 1:23, a song at 1:23 of 3:20, the quick seek ten steps on
-constexpr int recordedSeconds = 83;
-const QString songLength = QStringLiteral("00:03:20");
-constexpr double songPosition = 83.0;
-constexpr int quickSeekSteps = 10;
-// the pictures' pixels per pixel of the screen
-constexpr int enlargement = 4;
+enum State { Idle, Running, Paused, QuickSeek, Options };
 
-enum class Recorder { Idle, Recording, Paused, Options };
-enum class Player { Playing, Paused, QuickSeek, Options };
-
-QImage grabbed(QWidget &widget)
+QImage grabbed(QWidget *widget)
 {
-    return widget.grab().toImage().convertToFormat(QImage::Format_RGB32);
+    return widget ? widget->grab().toImage().convertToFormat(QImage::Format_RGB32) : QImage();
 }
 
-// the settings store of the root in use, not of an earlier screen's
-void freshSettings()
+// A root of its own with a settings store of its own (the fixture's), and the option menu's
+// background picture as the device has it.
+bool withMenuPicture(PlayerFixture &fixture)
 {
-    delete ConfigWidget::reader;
-    ConfigWidget::reader = nullptr;
-}
-
-// the option menu's background picture, as the device has it
-bool withMenuPicture(const TestDeviceRoot &root)
-{
-    QFile::remove(root.path("/apps/res/pics/settings2.png"));
     return QFile::copy(RES_SOURCE_DIR "/pics/settings2.png",
-                       root.path("/apps/res/pics/settings2.png"));
+                       fixture.root().path("/apps/res/pics/settings2.png"));
 }
 
-// the screen drawn with the program's translation into that language
-QImage inLanguage(const QString &language, const std::function<QImage()> &draw)
+QImage recorderScreen(State state)
 {
-    QTranslator translator;
-    if (!translator.load(QM_DIR "/recorder_" + language + ".qm"))
+    PlayerFixture fixture;
+    // the device's encoders as a program that only waits until it is killed: nothing is recorded
+    const QString encoder = fixture.root().path("/waiting-encoder");
+    if (!withMenuPicture(fixture) ||
+        !fixture.root().writeFile("/waiting-encoder", "#!/bin/sh\nexec tail -f /dev/null\n") ||
+        !QFile::setPermissions(encoder, QFile::ReadOwner | QFile::ExeOwner) ||
+        !fixture.root().installEncoders(encoder))
         return {};
-    QCoreApplication::installTranslator(&translator);
-    QImage picture = draw();
-    QCoreApplication::removeTranslator(&translator);
+    RecordMainWnd window(nullptr, 0);
+    if (state == Idle)
+        return grabbed(&window);
+    if (state == Options) {
+        window.newRecordOptionWnd();
+        return grabbed(window.getOptionMenu());
+    }
+    if (!startRecording(window))
+        return {};
+    // a recording of 1:23
+    tickTo(window, 83);
+    if (state == Paused)
+        QTest::keyClick(&window, Qt::Key_Return);
+    const QImage picture = grabbed(&window);
+    window.stopRecord();
     return picture;
 }
 
-// the device's encoders as a program that only waits until it is killed: nothing is recorded
-bool withWaitingEncoder(const TestDeviceRoot &root)
+QImage playerScreen(State state)
 {
-    const QString script = QStringLiteral("/waiting-encoder");
-    return root.writeFile(script, "#!/bin/sh\nexec tail -f /dev/null\n") &&
-           QFile::setPermissions(root.path(script), QFile::ReadOwner | QFile::ExeOwner) &&
-           root.installEncoders(root.path(script));
+    PlayerFixture fixture;
+    if (!fixture.installScriptedPlayer() || !fixture.writeSettings("PlayVolume=3\nLoopMode=0") ||
+        !withMenuPicture(fixture))
+        return {};
+    playerWnd window;
+    // a song at 1:23 of 3:20
+    if (!startOn(window, fixture, QStringLiteral("00:03:20")))
+        return {};
+    window.changeCurrentSec(83.0);
+    if (state == Paused)
+        QTest::keyClick(&window, Qt::Key_Return);
+    if (state == Options) {
+        QTest::keyClick(&window, Qt::Key_F12);
+        return grabbed(window.optionMenu());
+    }
+    if (state == QuickSeek) {
+        // F6 held ten steps on: the pointer's steps come from its timer, counted here instead
+        QTest::keyPress(&window, Qt::Key_F6);
+        for (int n = 0; n < 10; ++n)
+            window.quickSeekPos();
+    }
+    const QImage picture = grabbed(&window);
+    window.stopQuickSeek();
+    return picture;
 }
 
 QString recorderText(const char *text)
@@ -75,52 +92,23 @@ QString recorderText(const char *text)
     return QCoreApplication::translate("RecordMainWnd", text);
 }
 
-QImage recorderScreen(Recorder state)
-{
-    TestDeviceRoot root;
-    if (!withMenuPicture(root) || !withWaitingEncoder(root))
-        return {};
-    freshSettings();
-    QImage picture;
-    {
-        RecordMainWnd window(nullptr, 0);
-        if (state == Recorder::Idle) {
-            picture = grabbed(window);
-        } else if (state == Recorder::Options) {
-            window.newRecordOptionWnd();
-            if (window.getOptionMenu())
-                picture = grabbed(*window.getOptionMenu());
-        } else if (startRecording(window)) {
-            tickTo(window, recordedSeconds);
-            if (state == Recorder::Paused)
-                QTest::keyClick(&window, Qt::Key_Return);
-            picture = grabbed(window);
-            window.stopRecord();
-        }
-    }
-    freshSettings();
-    return picture;
-}
-
 QImage saveQuestion()
 {
     YesnoSelect question(recorderText("Do you want to save recording?"), recorderText("Yes"),
                          recorderText("No"), nullptr);
-    return grabbed(question);
+    return grabbed(&question);
 }
 
 // what start-up shows on a full card before it leaves
 QImage noSpaceMessage()
 {
-    MessageDialog message(
-        nullptr,
-        QCoreApplication::translate("main", "No enough storage space, please remove some files."),
-        0);
-    return grabbed(message);
+    const char text[] = "No enough storage space, please remove some files.";
+    MessageDialog message(nullptr, QCoreApplication::translate("main", text), 0);
+    return grabbed(&message);
 }
 
 // Two scanned lines in the scan view: the newer one selected as it comes in, or, while reading
-// aloud, the word the speech has reached highlighted instead.
+// aloud, the word the speech has reached (the third of the newer line) highlighted instead.
 QImage scanScreen(bool reading)
 {
     TestDeviceRoot root;
@@ -130,46 +118,25 @@ QImage scanScreen(bool reading)
     view.Init();
     view.setFixedSize(256, 64);
     view.appendScanText(older);
-    if (reading) {
-        // the third word of the newer line
-        if (!view.showReading(older + QLatin1Char(' ') + newer, 10))
-            return {};
-    } else {
+    if (reading && !view.showReading(older + QLatin1Char(' ') + newer, 10))
+        return {};
+    if (!reading)
         view.appendScanText(newer);
-    }
-    return grabbed(view);
+    return grabbed(&view);
 }
 
-QImage playerScreen(Player state)
+// the screen drawn with the program's translation into that language
+std::function<QImage()> in(const QString &language, const std::function<QImage()> &draw)
 {
-    PlayerFixture fixture;
-    if (!fixture.installScriptedPlayer() || !fixture.writeSettings("PlayVolume=3\nLoopMode=0") ||
-        !withMenuPicture(fixture.root()))
-        return {};
-    playerWnd window;
-    if (!startOn(window, fixture, songLength))
-        return {};
-    window.changeCurrentSec(songPosition);
-    switch (state) {
-    case Player::Playing:
-        return grabbed(window);
-    case Player::Paused:
-        QTest::keyClick(&window, Qt::Key_Return);
-        return grabbed(window);
-    case Player::QuickSeek: {
-        // F6 held: the pointer's steps come from its timer, counted here instead
-        QTest::keyPress(&window, Qt::Key_F6);
-        for (int n = 0; n < quickSeekSteps; ++n)
-            window.quickSeekPos();
-        QImage picture = grabbed(window);
-        window.stopQuickSeek();
+    return [language, draw] {
+        QTranslator translator;
+        if (!translator.load(QM_DIR "/recorder_" + language + ".qm"))
+            return QImage();
+        QCoreApplication::installTranslator(&translator);
+        const QImage picture = draw();
+        QCoreApplication::removeTranslator(&translator);
         return picture;
-    }
-    case Player::Options:
-        QTest::keyClick(&window, Qt::Key_F12);
-        return window.optionMenu() ? grabbed(*window.optionMenu()) : QImage();
-    }
-    return {};
+    };
 }
 
 } // namespace
@@ -200,43 +167,41 @@ bool startOn(playerWnd &window, PlayerFixture &fixture, const QString &lengthTex
 
 QVector<ReadmeScreen> readmeScreens()
 {
-    const QString english = QStringLiteral("en_US");
-    const auto in = [](const QString &language, const std::function<QImage()> &draw) {
-        return [language, draw] { return inLanguage(language, draw); };
-    };
-    const auto recorder = [](Recorder state) { return [state] { return recorderScreen(state); }; };
-    const auto player = [](Player state) { return [state] { return playerScreen(state); }; };
     QVector<ReadmeScreen> screens{
-        {"recorder-idle", in(english, recorder(Recorder::Idle))},
-        {"recorder-recording", in(english, recorder(Recorder::Recording))},
-        {"recorder-paused", in(english, recorder(Recorder::Paused))},
-        {"recorder-save-question", in(english, saveQuestion)},
-        {"recorder-options", in(english, recorder(Recorder::Options))},
-        {"recorder-no-space", in(english, noSpaceMessage)},
-        {"player-playing", in(english, player(Player::Playing))},
-        {"player-paused", in(english, player(Player::Paused))},
-        {"player-quick-seek", in(english, player(Player::QuickSeek))},
-        {"player-options", in(english, player(Player::Options))},
-        {"scan-text", in(english, [] { return scanScreen(false); })},
-        {"scan-reading", in(english, [] { return scanScreen(true); })},
+        {"recorder-idle", std::bind(recorderScreen, Idle)},
+        {"recorder-recording", std::bind(recorderScreen, Running)},
+        {"recorder-paused", std::bind(recorderScreen, Paused)},
+        {"recorder-save-question", saveQuestion},
+        {"recorder-options", std::bind(recorderScreen, Options)},
+        {"recorder-no-space", noSpaceMessage},
+        {"player-playing", std::bind(playerScreen, Running)},
+        {"player-paused", std::bind(playerScreen, Paused)},
+        {"player-quick-seek", std::bind(playerScreen, QuickSeek)},
+        {"player-options", std::bind(playerScreen, Options)},
+        {"scan-text", std::bind(scanScreen, false)},
+        {"scan-reading", std::bind(scanScreen, true)},
     };
-    // the start-up table's languages
+    const QString english = QStringLiteral("en_US");
+    for (ReadmeScreen &screen : screens)
+        screen.draw = in(english, screen.draw);
+    // the idle recorder in the start-up table's other languages
     for (const QString &language : QStringLiteral(RECORDER_LANGUAGES).split(QLatin1Char(' '))) {
         if (language != english)
-            screens.append({"recorder-idle-" + language, in(language, recorder(Recorder::Idle))});
+            screens.append(
+                {"recorder-idle-" + language, in(language, std::bind(recorderScreen, Idle))});
     }
     return screens;
 }
 
 bool savePicture(const QImage &screen, const QString &path)
 {
-    QImage picture =
-        screen.convertToFormat(QImage::Format_RGB32)
-            .scaled(screen.size() * enlargement, Qt::IgnoreAspectRatio, Qt::FastTransformation);
+    // four times as big, every pixel a sharp square
+    QImage picture = screen.convertToFormat(QImage::Format_RGB32)
+                         .scaled(screen.size() * 4, Qt::IgnoreAspectRatio, Qt::FastTransformation);
     // nothing of the machine in the file: a fixed resolution, no texts
     picture.setDotsPerMeterX(3780);
     picture.setDotsPerMeterY(3780);
     QImageWriter writer(path, "png");
     writer.setQuality(0); // the strongest compression
-    return writer.write(picture);
+    return !screen.isNull() && writer.write(picture);
 }
