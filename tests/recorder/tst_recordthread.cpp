@@ -7,15 +7,13 @@
 #include <cerrno>
 #include <signal.h>
 #include <sys/wait.h>
-#include <thread>
 
 namespace {
 
 // The fake encoders' log: per start its pid, then "ARGV0 ARGV1 ..."; "CONT" for each SIGCONT.
 QStringList encoderLog(const TestDeviceRoot &root)
 {
-    return QString::fromUtf8(root.readFile(QStringLiteral("/encoder.log")))
-        .split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    return QString(root.readFile("/encoder.log")).split('\n', Qt::SkipEmptyParts);
 }
 
 // our child, already reaped by the engine: nothing is left to wait for
@@ -23,28 +21,6 @@ bool isReaped(pid_t pid)
 {
     return waitpid(pid, nullptr, WNOHANG) == -1 && errno == ECHILD && processState(pid) == 0;
 }
-
-// One run of the worker on the shared state words, started as the recorder window starts it.
-struct Recording
-{
-    explicit Recording(bool mp3 = true, const QByteArray &file = "/mnt/mmc/e_Recorder/a.mp3")
-    {
-        bRecording = true;
-        bRecPause = RECSOUND_RECING;
-        thread = std::thread([this, mp3, file] {
-            result = RecordToFile(file.constData(), &bRecording, &bRecPause, bitrate, mp3);
-            done = true;
-        });
-    }
-    ~Recording()
-    {
-        bRecording = false;
-        thread.join();
-    }
-    std::atomic<int> result{-2};
-    std::atomic<bool> done{false};
-    std::thread thread;
-};
 
 } // namespace
 
@@ -55,12 +31,17 @@ class TestRecordThread : public QObject
     std::unique_ptr<TestDeviceRoot> root;
 
 private slots:
-    // an encoder that runs until it is killed
+    // an encoder that runs until it is killed, and the state words as the window sets them to start
     void init()
     {
-        root.reset(); // its environment goes before the next one is set
+        // an engine a failed case left running ends first, then its root goes
+        bRecording = false;
+        QVERIFY(waitForEngine(10000));
+        root.reset();
         root = std::make_unique<TestDeviceRoot>();
         QVERIFY(root->installEncoders(QStringLiteral(FAKE_ENCODER_RUN)));
+        bRecording = true;
+        bRecPause = RECSOUND_RECING;
     }
 
     void nullArguments()
@@ -72,9 +53,10 @@ private slots:
 
     void pauseResumeAndStopWhilePaused()
     {
-        const Recording recording;
+        QCOMPARE(startRecordThread(root->path("/mnt/mmc/e_Recorder/a.mp3")), 0);
         QTRY_VERIFY(encoderLog(*root).size() >= 2);
         const pid_t pid = encoderLog(*root).value(0).toInt();
+        QVERIFY(!waitForEngine(0));
 
         // while the state holds "paused", every pass stops the encoder again
         bRecPause = RECSOUND_PAUSED;
@@ -89,12 +71,12 @@ private slots:
         bRecPause = RECSOUND_RECING;
         QTRY_VERIFY(processState(pid) != 'T');
 
-        // a stop while paused kills the stopped encoder and reaps it
+        // a stop while paused kills the stopped encoder and reaps it; the state word is left for
+        // the engine to reset, and the window waits for that end before the next start
         bRecPause = RECSOUND_PAUSED;
         QTRY_COMPARE(processState(pid), 'T');
         bRecording = false;
-        QTRY_VERIFY(recording.done);
-        QCOMPARE(recording.result.load(), 0);
+        QVERIFY(waitForEngine(10000));
         QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
         QVERIFY(isReaped(pid));
     }
@@ -115,6 +97,7 @@ private slots:
         QTest::newRow("encoder-missing") << QString() << true << 1 << QString();
     }
 
+    // the engine ends by itself with result 1, on the caller's thread here
     void encoderEndsByItself()
     {
         QFETCH(QString, encoder);
@@ -128,28 +111,15 @@ private slots:
         const QString file = QStringLiteral("/mnt/mmc/e_Recorder/240101.") + (mp3 ? "mp3" : "wav");
         // two recordings in one process: the first one alone sets the microphone gain
         for (int run = 0; run < 2; ++run) {
-            const Recording recording(mp3, file.toUtf8());
-            QTRY_VERIFY_WITH_TIMEOUT(recording.done, 10000);
-            QCOMPARE(recording.result.load(), 1);
+            bRecording = true;
+            bRecPause = RECSOUND_RECING;
+            QCOMPARE(RecordToFile(file.toUtf8(), &bRecording, &bRecPause, bitrate, mp3), 1);
             QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
             QCOMPARE(bRecording.load(), false);
         }
         QCOMPARE(encoderLog(*root).value(1), commandLine.replace("FILE", root->path(file)));
         QVERIFY(encoder.isEmpty() || isReaped(encoderLog(*root).value(0).toInt()));
         QCOMPARE(root->amixerCalls(), QStringList{QStringLiteral("amixer set Input PGA 63%")});
-    }
-
-    void waitForEngineReturnsOnceItHasEnded()
-    {
-        bRecording = true;
-        bRecPause = RECSOUND_RECING;
-        QCOMPARE(startRecordThread(root->path(QStringLiteral("/mnt/mmc/e_Recorder/a.mp3"))), 0);
-        QTRY_VERIFY(encoderLog(*root).size() >= 2);
-        QVERIFY(!waitForEngine(0));
-        bRecording = false; // the state word is left for the engine to reset
-        QVERIFY(waitForEngine(10000));
-        QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
-        QVERIFY(isReaped(encoderLog(*root).value(0).toInt()));
     }
 };
 
