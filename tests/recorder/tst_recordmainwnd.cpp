@@ -306,14 +306,27 @@ private slots:
 
     void encoderEndsByItself_data()
     {
-        QTest::addColumn<bool>("cardFull"); // otherwise the encoder gives up at once
-        QTest::newRow("card-fills-up-partial-file-kept") << true;
-        QTest::newRow("encoder-fails-at-once-nothing-listed") << false;
+        QTest::addColumn<QString>("encoder"); // none: the simulation's, on a card that fills up
+        QTest::addColumn<int>("format");      // MP3, WAV
+        QTest::addColumn<int>("quality");     // High, Mid, Low
+        QTest::addColumn<QString>("commandLine");
+        const QString exits = QStringLiteral(FAKE_ENCODER_EXIT);
+        QTest::newRow("card-fills-up-partial-file-kept") << QString() << 0 << 1 << QString();
+        QTest::newRow("exits-at-once-mp3-low") << exits << 0 << 2 << "shine -b 64 -s 24000 FILE";
+        QTest::newRow("exits-at-once-mp3-high-still-24000-hz")
+            << exits << 0 << 0 << "shine -b 128 -s 24000 FILE";
+        QTest::newRow("exits-at-once-wav-low") << exits << 1 << 2 << "record2wav FILE 11025";
+        QTest::newRow("crashes-after-two-seconds")
+            << QStringLiteral(FAKE_ENCODER_ABORT) << 0 << 1 << "shine -b 96 -s 24000 FILE";
+        QTest::newRow("missing-nothing-listed") << "missing" << 0 << 1 << QString();
     }
 
     void encoderEndsByItself()
     {
-        QFETCH(bool, cardFull);
+        QFETCH(QString, encoder);
+        QFETCH(int, format);
+        QFETCH(int, quality);
+        QFETCH(QString, commandLine);
         // a full card: the encoder's writes fail beyond 24000 bytes (two seconds at 96 kbit/s)
         rlimit old{};
         QCOMPARE(getrlimit(RLIMIT_FSIZE, &old), 0);
@@ -324,13 +337,19 @@ private slots:
         const auto restore = qScopeGuard(unlimit);
         const rlimit small{24000, old.rlim_max};
         std::signal(SIGXFSZ, SIG_IGN);
-        QVERIFY(cardFull ? setrlimit(RLIMIT_FSIZE, &small) == 0
-                         : root->installEncoders(QStringLiteral(FAKE_ENCODER_EXIT)));
+        const bool cardFull = encoder.isEmpty();
+        QVERIFY(cardFull               ? setrlimit(RLIMIT_FSIZE, &small) == 0
+                : encoder == "missing" ? QDir(root->path("/usr/sbin")).removeRecursively()
+                                       : root->installEncoders(encoder));
+        g_setRecoderVolume = false; // as in a new process
         RecordMainWnd window(nullptr, 0);
+        window.fileFormatChangeSlot(format, {});
+        window.fileQualityChangeSlot(quality, {});
         QTest::keyClick(&window, Qt::Key_Return);
         const QString file = window.getCurFileName();
         QTRY_VERIFY_WITH_TIMEOUT(!bRecording && bRecPause == RECSOUND_STOPPED, 20000);
         QTRY_VERIFY_WITH_TIMEOUT(childProcesses().isEmpty(), 5000);
+        QCOMPARE(encoderLog(*root).value(1), commandLine.replace("FILE", file));
         // the window stops counting at its next tick and shows that it is idle
         QTRY_COMPARE_WITH_TIMEOUT(window.getDisplayState(), int(RecordMainWnd::DisplayIdle), 5000);
         QVERIFY(!window.findChild<QTimer *>()->isActive());
@@ -340,12 +359,14 @@ private slots:
         QVERIFY(!cardFull || info.seconds >= 1); // what it wrote plays
         QCOMPARE(root->recordingList().size(), cardFull ? 1 : 0);
 
-        // the window goes on working: the next OK starts a new recording
+        // the window goes on working: the next OK starts a new recording; the first one alone
+        // set the microphone gain
         unlimit();
         QVERIFY(root->installEncoders());
         QTest::keyClick(&window, Qt::Key_Return);
         QCOMPARE(bRecPause.load(), int(RECSOUND_RECING));
         QTRY_VERIFY_WITH_TIMEOUT(!childProcesses().isEmpty(), 5000);
+        QCOMPARE(root->amixerCalls(), QStringList{"amixer set Input PGA 63%"});
     }
 
     // the capture engine alone, against the fake encoders
@@ -387,47 +408,6 @@ private slots:
         QVERIFY(waitForEngine(10000));
         QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
         QVERIFY(isReaped(pid));
-    }
-
-    void engineEncoderEndsByItself_data()
-    {
-        QTest::addColumn<QString>("encoder");
-        QTest::addColumn<bool>("mp3");
-        QTest::addColumn<int>("quality");
-        QTest::addColumn<QString>("commandLine");
-        const QString exits = QStringLiteral(FAKE_ENCODER_EXIT);
-        QTest::newRow("mp3-low-quality") << exits << true << 2 << "shine -b 64 -s 24000 FILE";
-        QTest::newRow("mp3-high-still-24000-hz")
-            << exits << true << 0 << "shine -b 128 -s 24000 FILE";
-        QTest::newRow("wav-low-quality") << exits << false << 2 << "record2wav FILE 11025";
-        QTest::newRow("encoder-crashes-after-two-seconds")
-            << QStringLiteral(FAKE_ENCODER_ABORT) << true << 1 << "shine -b 96 -s 24000 FILE";
-        QTest::newRow("encoder-missing") << QString() << true << 1 << QString();
-    }
-
-    // the engine ends by itself with result 1, on the caller's thread here
-    void engineEncoderEndsByItself()
-    {
-        QFETCH(QString, encoder);
-        QFETCH(bool, mp3);
-        QFETCH(int, quality);
-        QFETCH(QString, commandLine);
-        QVERIFY(encoder.isEmpty() ? QDir(root->path("/usr/sbin")).removeRecursively()
-                                  : root->installEncoders(encoder));
-        setBitRate(quality);
-        g_setRecoderVolume = false;
-        const QString file = QStringLiteral("/mnt/mmc/e_Recorder/240101.") + (mp3 ? "mp3" : "wav");
-        // two recordings in one process: the first one alone sets the microphone gain
-        for (int run = 0; run < 2; ++run) {
-            bRecording = true;
-            bRecPause = RECSOUND_RECING;
-            QCOMPARE(RecordToFile(file.toUtf8(), &bRecording, &bRecPause, bitrate, mp3), 1);
-            QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
-            QCOMPARE(bRecording.load(), false);
-        }
-        QCOMPARE(encoderLog(*root).value(1), commandLine.replace("FILE", root->path(file)));
-        QVERIFY(encoder.isEmpty() || isReaped(encoderLog(*root).value(0).toInt()));
-        QCOMPARE(root->amixerCalls(), QStringList{QStringLiteral("amixer set Input PGA 63%")});
     }
 
 private:
