@@ -83,8 +83,8 @@ private slots:
     {
         // the separator runs the whole width at y = 20; the pause symbol's bars fill (175, 33), a
         // corner that the record dot's circle leaves dark
-        QTRY_VERIFY_WITH_TIMEOUT(lit(shot("idle"), 128, 20), stepTimeoutMs);
-        QVERIFY(!lit(shot("idle"), 175, 33));
+        QTRY_VERIFY_WITH_TIMEOUT(lit(shot("idle"), 128, 20) && !lit(shot("idle"), 175, 33),
+                                 stepTimeoutMs);
 
         QVERIFY(press("Return"));
         QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root).size(), 1, stepTimeoutMs);
@@ -141,7 +141,8 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root).size(), 1, stepTimeoutMs);
         const qint64 encoder = encoders(m_root).firstKey();
         // the day's first recording is on the card already
-        QCOMPARE(encoders(m_root).value(encoder), "record2wav " + m_root.path(card("_1.wav")) + " 11025");
+        QCOMPARE(encoders(m_root).value(encoder),
+                 "record2wav " + m_root.path(card("_1.wav")) + " 11025");
         QTRY_VERIFY_WITH_TIMEOUT(secondsOnCard("_1.wav") >= 6, stepTimeoutMs); // to be kept
         QVERIFY(press("Return"));
         QTRY_COMPARE_WITH_TIMEOUT(processState(encoder), 'T', stepTimeoutMs);
@@ -151,8 +152,7 @@ private slots:
                                    {"send", "recorderprocess", "execute(QString)", "stop"}),
                  0);
         QVERIFY(m_recorder.waitForExit(stepTimeoutMs));
-        QCOMPARE(m_recorder.exitStatus(), QProcess::NormalExit);
-        QCOMPARE(m_recorder.exitCode(), 0);
+        QCOMPARE(m_recorder.exitCode(), 0); // a crash would give its signal
         QVERIFY(encoders(m_root).isEmpty());
         QCOMPARE(m_root.recordingList(), QStringList({card("_1.wav"), card(".mp3")}));
     }
@@ -165,8 +165,7 @@ private slots:
         m_recorder.kill();
         QTRY_VERIFY_WITH_TIMEOUT(encoders(m_root).isEmpty(), 1000);
         // listed when it started, so a crash does not lose it
-        QCOMPARE(m_root.recordingList().value(0), card("_2.wav"));
-        QVERIFY(m_root.exists(card("_2.wav")));
+        QVERIFY(m_root.exists(card("_2.wav")) && m_root.recordingList().value(0) == card("_2.wav"));
     }
 
 private:
@@ -184,7 +183,7 @@ private:
     QImage shot(const QString &name) const
     {
         const QImage screen = m_x.grab().copy(0, 0, 256, 64);
-        screen.save(screensDir() + QStringLiteral("/endtoend_") + name + QStringLiteral(".png"));
+        screen.save(screensDir() + "/endtoend_" + name + ".png");
         return screen;
     }
 
@@ -195,7 +194,7 @@ private:
         return m_heard.split('\n').count(line);
     }
 
-    const QString m_day = QDate::currentDate().toString(QStringLiteral("yyMMdd"));
+    const QString m_day = QDate::currentDate().toString("yyMMdd");
     XServer m_x;
     TestDeviceRoot m_root;
     RecorderProcess m_recorder{m_root.root()};

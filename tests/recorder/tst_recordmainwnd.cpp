@@ -365,7 +365,8 @@ private slots:
         QVERIFY(root->installEncoders());
         QTest::keyClick(&window, Qt::Key_Return);
         QCOMPARE(bRecPause.load(), int(RECSOUND_RECING));
-        QTRY_VERIFY_WITH_TIMEOUT(!childProcesses().isEmpty(), 5000);
+        // its encoder has written, so the engine is past the gain
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(window.getCurFileName()).size() > 0, 10000);
         QCOMPARE(root->amixerCalls(), QStringList{"amixer set Input PGA 63%"});
     }
 
