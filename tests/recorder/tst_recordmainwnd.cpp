@@ -271,7 +271,8 @@ private slots:
         const ShellListener shell;
         RecordMainWnd window(nullptr, 0);
         window.show();
-        QCopChannel beside(QStringLiteral("recorderprocess"));
+        const QString channel = QStringLiteral("recorderprocess");
+        QCopChannel beside(channel);
         QSignalSpy heard(&beside, &QCopChannel::received);
         QCopChannel::flush();
         QElapsedTimer clock;
@@ -279,27 +280,22 @@ private slots:
         if (recording)
             QTest::keyClick(&window, Qt::Key_Return);
         // "stop" under a name the recorder ignores, every tenth a command that flushes the disks
-        for (int i = 0; i < flood; ++i) {
-            QVERIFY(QCopChannel::send(QStringLiteral("recorderprocess"),
-                                      i % 10 ? "run(QString)" : "execute(QString)",
-                                      i % 10 ? QByteArray("stop") : QByteArray("plugusb")));
-        }
+        for (int i = 0; i < flood; ++i)
+            QVERIFY(QCopChannel::send(channel, i % 10 ? "run(QString)" : "execute(QString)",
+                                      i % 10 ? "stop" : "plugusb"));
         QTRY_COMPARE_WITH_TIMEOUT(heard.count(), flood, 120000);
         // every second since OK is on the clock, but for the one under way
         QTRY_VERIFY_WITH_TIMEOUT(qAbs(clock.elapsed() / 1000 - window.recordedSeconds()) <= 1,
                                  3000);
         QCOMPARE(bRecPause.load(), int(recording ? RECSOUND_RECING : RECSOUND_STOPPED));
         // through the bus, as the shell sends it; then one more, which comes in after it
-        QVERIFY(QCopChannel::send(QStringLiteral("recorderprocess"), "execute(QString)", data));
-        QVERIFY(QCopChannel::send(QStringLiteral("recorderprocess"), "noise(QString)", "x"));
+        QVERIFY(QCopChannel::send(channel, "execute(QString)", data));
+        QVERIFY(QCopChannel::send(channel, "noise(QString)", "x"));
         QTRY_COMPARE_WITH_TIMEOUT(heard.count(), flood + 2, 30000);
         QTRY_COMPARE_WITH_TIMEOUT(window.isVisible(), !closes, 30000);
         QCOMPARE(bRecPause.load(), int(recording && !closes ? RECSOUND_RECING : RECSOUND_STOPPED));
         // beyond the recorder's own wake-up messages
-        const auto toShell = [&shell] {
-            return shell.heard().filter(QRegularExpression(QStringLiteral("^(?!recorder\\()")));
-        };
-        QTRY_COMPARE(toShell(),
+        QTRY_COMPARE(shell.heard().filter(QRegularExpression("^(?!recorder\\()")),
                      escToShell ? QStringList{"ESC(QString) escpressed"} : QStringList());
         window.stopRecord();
     }
