@@ -2,8 +2,6 @@
 
 #include "tiedprocess.h"
 
-#include <QProcess>
-#include <QStringList>
 #include <QTemporaryDir>
 
 class QImage;
