@@ -11,18 +11,15 @@
 
 static int logFd = -1;
 
-static void continued(int)
-{
-    if (write(logFd, "CONT\n", 5) < 0)
-        _exit(3);
-}
-
 int main(int argc, char **argv)
 {
     const char *root = std::getenv("RECORDER_ROOT");
-    const std::string log = std::string(root ? root : ".") + "/encoder.log";
-    logFd = open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
-    std::signal(SIGCONT, continued);
+    logFd = open((std::string(root ? root : ".") + "/encoder.log").c_str(),
+                 O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
+    std::signal(SIGCONT, [](int) {
+        if (write(logFd, "CONT\n", 5) < 0)
+            _exit(3);
+    });
     // one write, so that a reader never sees half of it
     std::string line = std::to_string(getpid()) + '\n';
     for (int i = 0; i < argc; ++i)
@@ -30,7 +27,6 @@ int main(int argc, char **argv)
     line += '\n';
     if (write(logFd, line.data(), line.size()) < 0)
         return 2;
-
     if (FAKE_MODE == 1)
         return 0;
     if (FAKE_MODE == 2) {

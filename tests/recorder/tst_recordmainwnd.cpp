@@ -1,4 +1,3 @@
-#include "app/qcopchannel.h"
 #include "app/startup.h"
 #include "recorder/recordmainwnd.h"
 #include "recorder/recordthread.h"
@@ -14,48 +13,38 @@
 #include "widgets/kospinbox.h"
 
 #include <QApplication>
-#include <QDate>
-#include <QDir>
-#include <QPointer>
-#include <QRegularExpression>
-#include <QScopeGuard>
-#include <QSignalSpy>
-#include <QTest>
-#include <QTextCodec>
-#include <QTimer>
+#include <QtTest>
 
+#include <cerrno>
 #include <csignal>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 
 namespace {
 
-// Answers the modal dialogs as they come up, in order: each with its own keys.
-class ModalAnswerer : public QObject
-{
-public:
-    explicit ModalAnswerer(QList<QList<Qt::Key>> answers) : m_answers(std::move(answers))
-    {
-        connect(&m_poll, &QTimer::timeout, this, [this] {
-            QWidget *modal = QApplication::activeModalWidget();
-            if (!modal || modal == m_last)
-                return;
-            m_last = modal;
-            seen << QString::fromLatin1(modal->metaObject()->className());
-            const QList<Qt::Key> keys =
-                m_answers.isEmpty() ? QList<Qt::Key>{Qt::Key_Return} : m_answers.takeFirst();
-            for (Qt::Key key : keys)
-                QTest::keyClick(modal, key);
-        });
-        m_poll.start(20);
-    }
-    QStringList seen; // class names of the dialogs met
+using Keys = QList<Qt::Key>;
 
-private:
-    QList<QList<Qt::Key>> m_answers;
-    QTimer m_poll;
-    QPointer<QWidget> m_last;
-};
+// The key pressed on the window, the modal dialogs that come up meanwhile answered in order, each
+// with its own keys (Return once none are left); gives the class names of the dialogs met.
+QStringList pressAnswering(QWidget &window, Qt::Key key, QList<Keys> answers)
+{
+    QStringList seen;
+    QPointer<QWidget> last;
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, [&] {
+        QWidget *modal = QApplication::activeModalWidget();
+        if (!modal || modal == last)
+            return;
+        last = modal;
+        seen << modal->metaObject()->className();
+        for (Qt::Key answer : answers.isEmpty() ? Keys{Qt::Key_Return} : answers.takeFirst())
+            QTest::keyClick(modal, answer);
+    });
+    poll.start(20);
+    QTest::keyClick(&window, key);
+    return seen;
+}
 
 // the settings store is read again, from the device root in use
 void freshSettings()
@@ -69,6 +58,18 @@ qint64 rawSize(const QByteArray &path)
 {
     struct stat info;
     return ::stat(path.constData(), &info) == 0 ? info.st_size : -1;
+}
+
+// The fake encoders' log: per start its pid, then "ARGV0 ARGV1 ..."; "CONT" for each SIGCONT.
+QStringList encoderLog(const TestDeviceRoot &root)
+{
+    return QString(root.readFile("/encoder.log")).split('\n', Qt::SkipEmptyParts);
+}
+
+// our child, already reaped by the engine: nothing is left to wait for
+bool isReaped(pid_t pid)
+{
+    return waitpid(pid, nullptr, WNOHANG) == -1 && errno == ECHILD && processState(pid) == 0;
 }
 
 } // namespace
@@ -101,123 +102,123 @@ private slots:
         root.reset();
     }
 
-    void recordingCycleAndScreens()
+    // one window through the four-hour split, pause, the save question and its options; how each
+    // state looks is compared with docs/screens by tst_screens
+    void recordingCycle()
     {
-        RecordMainWnd window(nullptr, 0);
-        window.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&window));
-        QCOMPARE(window.size(), QSize(256, 64));
-
-        // idle: the separator, and a dot (an outline) says OK records
-        const QImage idle = shoot(window, "recorder-idle");
-        QCOMPARE(window.helpText(), QStringLiteral("Press OK to Record"));
-        for (int x = 0; x < 256; x += 15)
-            QVERIFY(lit(idle, x, 20) && !lit(idle, x, 19));
-        QVERIFY(!lit(idle, 178, 36) && lit(idle, 178, 33) && lit(idle, 175, 36));
-
+        RecordMainWnd window(nullptr, 0); // not shown yet: thousands of ticks without painting
         QVERIFY(startRecording(window));
-        const QString file = window.getCurFileName();
-        const QString today = QDate::currentDate().toString(QStringLiteral("yyMMdd"));
-        QCOMPARE(file, root->path("/mnt/mmc/e_Recorder/" + today + ".mp3"));
+        const QString day = "/mnt/mmc/e_Recorder/" + QDate::currentDate().toString("yyMMdd");
+        const QString first = window.getCurFileName();
+        QCOMPARE(first, root->path(day + ".mp3"));
         // listed before anything is recorded, as the pen's path
-        QCOMPARE(root->recordingList(), QStringList{"/mnt/mmc/e_Recorder/" + today + ".mp3"});
-        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(file).size() > 0, 10000);
-        tickTo(window, 3);
-        const QImage recording = shoot(window, "recorder-recording");
-        QCOMPARE(window.helpText(), QStringLiteral("Press OK to Pause"));
-        QCOMPARE(window.getTimeText(), QStringLiteral("00:03"));
-        for (int y = 33; y <= 39; ++y) // two bars with a gap
-            QVERIFY(lit(recording, 175, y) && lit(recording, 181, y) && !lit(recording, 178, y));
+        QCOMPARE(root->recordingList(), QStringList{day + ".mp3"});
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(first).size() > 0, 10000);
+        tickTo(window, 14400);
+        QCOMPARE(window.getCurFileName(), first);
+        // the 14 401st second closes the file and a new one starts by itself half a second later
+        window.updateRecTime();
+        QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
+        QTRY_COMPARE_WITH_TIMEOUT(bRecPause.load(), int(RECSOUND_RECING), 5000);
+        QCOMPARE(window.getCurFileName(), root->path(day + "_1.mp3"));
+        QCOMPARE(root->recordingList(), QStringList({day + "_1.mp3", day + ".mp3"}));
+        QCOMPARE(window.getTimeText(), QStringLiteral("00:00"));
 
-        QTest::keyClick(&window, Qt::Key_Return);
-        QCOMPARE(bRecPause.load(), int(RECSOUND_PAUSED));
-        const QImage paused = shoot(window, "recorder-paused");
-        QCOMPARE(window.helpText(), QStringLiteral("Press OK to Continue"));
-        QVERIFY(!lit(paused, 178, 36) && !lit(paused, 175, 39));
-        QTest::keyClick(&window, Qt::Key_Return);
-        QCOMPARE(bRecPause.load(), int(RECSOUND_CONTINUE));
+        window.show();
+        // no options while recording, nor paused
+        for (int state : {RECSOUND_PAUSED, RECSOUND_CONTINUE}) {
+            QTest::keyClick(&window, Qt::Key_F12);
+            QVERIFY(!window.getOptionMenu());
+            QTest::keyClick(&window, Qt::Key_Return);
+            QCOMPARE(bRecPause.load(), state);
+        }
         QCOMPARE(window.getDisplayState(), int(RecordMainWnd::DisplayRecording));
-
+        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(window.getCurFileName()), 10000);
         tickTo(window, 6);
-        ModalAnswerer answers({{Qt::Key_Return}, {Qt::Key_Return}});
-        QTest::keyClick(&window, Qt::Key_Escape);
-        QCOMPARE(answers.seen, QStringList({"YesnoSelect", "MessageDialog"}));
+        QCOMPARE(pressAnswering(window, Qt::Key_Escape, {}),
+                 QStringList({"YesnoSelect", "MessageDialog"})); // the marked answer is "Yes"
         QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
         QCOMPARE(window.getTimeText(), QStringLiteral("00:00"));
-        QVERIFY(QFile::exists(file) && root->recordingList().size() == 1);
+        QVERIFY(QFile::exists(window.getCurFileName()) && root->recordingList().size() == 2);
         QVERIFY(window.isVisible()); // a stop leaves the window open
 
-        window.newRecordOptionWnd();
-        QVERIFY(QTest::qWaitForWindowExposed(window.getOptionMenu()));
-        shoot(*window.getOptionMenu(), "recorder-menu");
+        QTest::keyClick(&window, Qt::Key_F12);
+        QPointer<ItemMenu> menu = window.getOptionMenu();
+        QVERIFY(QTest::qWaitForWindowExposed(menu));
         // under an open menu the recorder draws nothing at all
         QVERIFY(!lit(window.grab().toImage(), 100, 20));
+        // volume down one step, format to WAV, quality to Low: each stored at once
+        for (Qt::Key key : {Qt::Key_Left, Qt::Key_Down, Qt::Key_Right, Qt::Key_Down, Qt::Key_Right})
+            QTest::keyClick(menu, key);
+        ConfigWidget reread;
+        QCOMPARE(
+            QList<int>({reread.getPlayVolume(), reread.getFileFormat(), reread.getFileQuality()}),
+            QList<int>({4, 1, 2}));
+        QTest::keyClick(menu, Qt::Key_Escape);
+        QVERIFY(!window.getOptionMenu() && window.isVisible());
+        QTRY_VERIFY(menu.isNull());
+        // a fresh menu shows the stored values
+        QTest::keyClick(&window, Qt::Key_F12);
+        QCOMPARE(window.getOptionMenu()->findChildren<KoSpinBox *>().at(0)->getCurIndex(), 1);
     }
 
     void stopRules_data()
     {
-        QTest::addColumn<int>("ms");                // real time between OK and Escape
-        QTest::addColumn<int>("seconds");           // then counted on the clock
-        QTest::addColumn<QList<Qt::Key>>("answer"); // empty: no question expected
+        QTest::addColumn<int>("ms");      // real time between OK and Escape
+        QTest::addColumn<int>("seconds"); // then counted on the clock
+        QTest::addColumn<Keys>("answer"); // empty: no question expected
         QTest::addColumn<bool>("kept");
+        QTest::addColumn<QByteArray>("folder"); // of a root of its own, UTF-8 as the shell makes it
+        const auto row = [](const char *name, int ms, int seconds, Keys answer, bool kept,
+                            const QByteArray &folder = {}) {
+            QTest::newRow(name) << ms << seconds << answer << kept << folder;
+        };
         // under 4 s nothing stays, whenever the encoder (300 ms after the fork) makes its file
         for (int ms = 0; ms <= 500; ms += 50)
-            QTest::addRow("escape-%dms-after-ok-removed", ms)
-                << ms << 0 << QList<Qt::Key>{} << false;
-        QTest::newRow("3s-removed-without-question") << 0 << 3 << QList<Qt::Key>{} << false;
-        QTest::newRow("4s-kept-without-question") << 0 << 4 << QList<Qt::Key>{} << true;
-        // a "Yes" keeps it: recordingCycleAndScreens
-        QTest::newRow("5s-asked-no-deletes")
-            << 0 << 5 << QList<Qt::Key>{Qt::Key_Right, Qt::Key_Return} << false;
-        QTest::newRow("7s-asked-escape-deletes")
-            << 0 << 7 << QList<Qt::Key>{Qt::Key_Escape} << false;
+            row(qPrintable(QString("escape-%1ms-after-ok-removed").arg(ms)), ms, 0, {}, false);
+        row("3s-removed-without-question", 0, 3, {}, false);
+        row("4s-kept-without-question", 0, 4, {}, true);
+        row("4s-kept-root-a-umlaut", 0, 4, {}, true, "b\xc3\xa4r");
+        row("4s-kept-root-cjk", 0, 4, {}, true, "\xe5\xbd\x95\xe9\x9f\xb3");
+        // a "Yes" keeps it: recordingCycle
+        row("5s-asked-no-deletes", 0, 5, {Qt::Key_Right, Qt::Key_Return}, false);
+        row("7s-asked-escape-deletes", 0, 7, {Qt::Key_Escape}, false);
     }
 
     void stopRules()
     {
         QFETCH(int, ms);
         QFETCH(int, seconds);
-        QFETCH(QList<Qt::Key>, answer);
+        QFETCH(Keys, answer);
         QFETCH(bool, kept);
+        QFETCH(QByteArray, folder);
+        // the program's codec for the locale
+        QTextCodec::setCodecForLocale(QTextCodec::codecForName("GBK"));
+        const auto restore = qScopeGuard([] { QTextCodec::setCodecForLocale(nullptr); });
+        if (!folder.isEmpty()) {
+            root.reset(); // its environment goes before the next one is set
+            root = std::make_unique<TestDeviceRoot>(folder);
+            QVERIFY(root->installEncoders());
+            freshSettings();
+        }
         RecordMainWnd window(nullptr, 0);
         QVERIFY(startRecording(window));
-        const QString file = window.getCurFileName();
+        const QString name = QFileInfo(window.getCurFileName()).fileName();
+        const QByteArray file = root->rootBytes() + "/mnt/mmc/e_Recorder/" + name.toLatin1();
         QTest::qWait(ms); // the interval under test, not a wait for something
         if (seconds > 0)  // a file there to keep or delete
-            QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(file), 10000);
+            QTRY_VERIFY_WITH_TIMEOUT(rawSize(file) > 0, 10000);
         tickTo(window, seconds);
-
-        ModalAnswerer answers({answer, {Qt::Key_Return}});
-        QTest::keyClick(&window, Qt::Key_Escape);
-        QCOMPARE(answers.seen.isEmpty(), answer.isEmpty());
+        QCOMPARE(pressAnswering(window, Qt::Key_Escape, {answer}).isEmpty(), answer.isEmpty());
         // reaped before the stop returned: nothing can make or remove the file any more
         QVERIFY(childProcesses().isEmpty());
-        QCOMPARE(QFile::exists(file), kept);
-        QCOMPARE(root->recordingList().size(), kept ? 1 : 0);
+        QCOMPARE(rawSize(file) > 0, kept);
+        QCOMPARE(root->recordingList(),
+                 kept ? QStringList{"/mnt/mmc/e_Recorder/" + name} : QStringList());
         QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
         // a second stop finds nothing to do
         window.stopRecord();
-        QCOMPARE(QFile::exists(file), kept);
-    }
-
-    void fourHourSplit()
-    {
-        RecordMainWnd window(nullptr, 0); // not shown: thousands of ticks without painting
-        QVERIFY(startRecording(window));
-        const QString first = window.getCurFileName();
-        QTRY_VERIFY_WITH_TIMEOUT(QFile::exists(first), 10000);
-        tickTo(window, 14400);
-        QCOMPARE(bRecPause.load(), int(RECSOUND_RECING));
-
-        // the 14 401st second closes the file and a new one starts by itself half a second later
-        window.updateRecTime();
-        QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
-        QTRY_COMPARE_WITH_TIMEOUT(bRecPause.load(), int(RECSOUND_RECING), 5000);
-        QVERIFY(window.getCurFileName().endsWith(QStringLiteral("_1.mp3")));
-        const QStringList listed = root->recordingList();
-        QCOMPARE(listed.size(), 2);
-        QVERIFY(listed.at(1).endsWith(QFileInfo(first).fileName()));
-        QCOMPARE(window.getTimeText(), QStringLiteral("00:00"));
+        QCOMPARE(rawSize(file) > 0, kept);
     }
 
     void fullLibraryRefuses()
@@ -230,122 +231,98 @@ private slots:
         }
         QVERIFY(root->writeFile("/apps/config/reclist.ini", list));
         RecordMainWnd window(nullptr, 0);
-        ModalAnswerer answers({{Qt::Key_Return}});
-        QTest::keyClick(&window, Qt::Key_Return);
-        QCOMPARE(answers.seen, QStringList{"MessageDialog"});
+        QCOMPARE(pressAnswering(window, Qt::Key_Return, {}), QStringList{"MessageDialog"});
         QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
         QVERIFY(childProcesses().isEmpty());
         QCOMPARE(root->readFile("/apps/config/reclist.ini"), list);
-
         // one fewer leaves room again
         QVERIFY(QFile::remove(root->path("/mnt/mmc/e_Recorder/old_0.mp3")));
         QTest::keyClick(&window, Qt::Key_Return);
         QCOMPARE(bRecPause.load(), int(RECSOUND_RECING));
     }
 
-    void optionsMenu()
-    {
-        RecordMainWnd window(nullptr, 0);
-        window.show();
-        QTest::keyClick(&window, Qt::Key_F12);
-        QPointer<ItemMenu> menu = window.getOptionMenu();
-        QVERIFY(menu && menu->isVisible());
-        QCOMPARE(menu->findChildren<KoSpinBox *>().at(1)->getCurIndex(), 1); // quality "Mid "
-
-        // volume down one step, format to WAV, quality to Low: each stored at once
-        for (Qt::Key key : {Qt::Key_Left, Qt::Key_Down, Qt::Key_Right, Qt::Key_Down, Qt::Key_Right})
-            QTest::keyClick(menu, key);
-        ConfigWidget reread;
-        QCOMPARE(reread.getPlayVolume(), 4);
-        QCOMPARE(reread.getFileFormat(), 1);
-        QCOMPARE(reread.getFileQuality(), 2);
-
-        QTest::keyClick(menu, Qt::Key_Escape);
-        QVERIFY(!window.getOptionMenu());
-        QTRY_VERIFY(menu.isNull());
-        QVERIFY(window.isVisible());
-
-        // a fresh menu shows the stored values; none while recording or paused
-        QTest::keyClick(&window, Qt::Key_F12);
-        QCOMPARE(window.getOptionMenu()->findChildren<KoSpinBox *>().at(0)->getCurIndex(), 1);
-        QTest::keyClick(window.getOptionMenu(), Qt::Key_Escape);
-        QTest::keyClick(&window, Qt::Key_Return);
-        QTest::keyClick(&window, Qt::Key_F12);
-        QVERIFY(!window.getOptionMenu());
-        QTest::keyClick(&window, Qt::Key_Return);
-        QTest::keyClick(&window, Qt::Key_F12);
-        QVERIFY(!window.getOptionMenu());
-        window.stopRecord();
-    }
-
     void shellCommands_data()
     {
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<QByteArray>("data");
-        QTest::addColumn<bool>("recording"); // a recording runs when the message comes
+        QTest::addColumn<QByteArray>("data"); // of "execute(QString)"
+        QTest::addColumn<bool>("recording");  // a recording runs when the message comes
         QTest::addColumn<bool>("closes");
-        QTest::addColumn<QString>("toShell");
-        QTest::newRow("presspoweroff-only-flushes")
-            << "execute(QString)" << QByteArray("presspoweroff") << true << false << QString();
-        QTest::newRow("other-message-name-ignored")
-            << "run(QString)" << QByteArray("stop") << true << false << QString();
-        QTest::newRow("stop-while-recording")
-            << "execute(QString)" << QByteArray("stop") << true << true << QString();
-        QTest::newRow("stoponly-while-idle") << "execute(QString)" << QByteArray("stoponly")
-                                             << false << true << "ESC(QString) escpressed";
-        QTest::newRow("stoponly-while-recording") << "execute(QString)" << QByteArray("stoponly")
-                                                  << true << true << "ESC(QString) escpressed";
-        QTest::newRow("stop-with-terminating-zero")
-            << "execute(QString)" << QByteArray("stop", 5) << true << true << QString();
-        QTest::newRow("stoponly-with-terminating-zero")
-            << "execute(QString)" << QByteArray("stoponly", 9) << true << true
-            << "ESC(QString) escpressed";
+        QTest::addColumn<bool>("escToShell");
+        QTest::addColumn<int>("flood"); // ignored messages sent first
+        const auto row = [](const char *name, const QByteArray &data, bool recording, bool closes,
+                            bool esc, int flood = 0) {
+            QTest::newRow(name) << data << recording << closes << esc << flood;
+        };
+        row("presspoweroff-only-flushes", "presspoweroff", true, false, false);
+        row("stop-while-recording", "stop", true, true, false);
+        row("stoponly-while-idle", "stoponly", false, true, true);
+        row("stoponly-while-recording", "stoponly", true, true, true);
+        row("stop-with-terminating-zero", QByteArray("stop", 5), true, true, false);
+        row("stoponly-with-terminating-zero", QByteArray("stoponly", 9), true, true, true);
+        row("stop-after-10000-messages-clock-loses-nothing", "stop", true, true, false, 10000);
     }
 
     void shellCommands()
     {
-        QFETCH(QString, message);
         QFETCH(QByteArray, data);
         QFETCH(bool, recording);
         QFETCH(bool, closes);
-        QFETCH(QString, toShell);
+        QFETCH(bool, escToShell);
+        QFETCH(int, flood);
         const ShellListener shell;
         RecordMainWnd window(nullptr, 0);
         window.show();
-        if (recording)
-            QVERIFY(startRecording(window));
-        QCopChannel beside(QStringLiteral("recorderprocess"));
+        const QString channel = QStringLiteral("recorderprocess");
+        QCopChannel beside(channel);
         QSignalSpy heard(&beside, &QCopChannel::received);
         QCopChannel::flush();
+        QElapsedTimer clock;
+        clock.start();
+        if (recording)
+            QTest::keyClick(&window, Qt::Key_Return);
+        // "stop" under a name the recorder ignores, every tenth a command that flushes the disks
+        for (int i = 0; i < flood; ++i)
+            QVERIFY(QCopChannel::send(channel, i % 10 ? "run(QString)" : "execute(QString)",
+                                      i % 10 ? "stop" : "plugusb"));
+        QTRY_COMPARE_WITH_TIMEOUT(heard.count(), flood, 120000);
+        // every second since OK is on the clock, but for the one under way
+        QTRY_VERIFY_WITH_TIMEOUT(qAbs(clock.elapsed() / 1000 - window.recordedSeconds()) <= 1,
+                                 3000);
+        QCOMPARE(bRecPause.load(), int(recording ? RECSOUND_RECING : RECSOUND_STOPPED));
         // through the bus, as the shell sends it; then one more, which comes in after it
-        QVERIFY(QCopChannel::send(QStringLiteral("recorderprocess"), message, data));
-        QVERIFY(QCopChannel::send(QStringLiteral("recorderprocess"), "noise(QString)", "x"));
-        QTRY_COMPARE_WITH_TIMEOUT(heard.count(), 2, 5000);
-        if (closes)
-            QTRY_VERIFY_WITH_TIMEOUT(!window.isVisible(), 5000);
-        QCOMPARE(window.isVisible(), !closes);
+        QVERIFY(QCopChannel::send(channel, "execute(QString)", data));
+        QVERIFY(QCopChannel::send(channel, "noise(QString)", "x"));
+        QTRY_COMPARE_WITH_TIMEOUT(heard.count(), flood + 2, 30000);
+        QTRY_COMPARE_WITH_TIMEOUT(window.isVisible(), !closes, 30000);
         QCOMPARE(bRecPause.load(), int(recording && !closes ? RECSOUND_RECING : RECSOUND_STOPPED));
         // beyond the recorder's own wake-up messages
-        const auto sentToShell = [&shell] {
-            return shell.heard().filter(QRegularExpression(QStringLiteral("^(?!recorder\\()")));
-        };
-        if (!toShell.isEmpty())
-            QTRY_COMPARE(sentToShell(), QStringList{toShell});
-        else
-            QCOMPARE(sentToShell(), QStringList());
+        QTRY_COMPARE(shell.heard().filter(QRegularExpression("^(?!recorder\\()")),
+                     escToShell ? QStringList{"ESC(QString) escpressed"} : QStringList());
         window.stopRecord();
     }
 
     void encoderEndsByItself_data()
     {
-        QTest::addColumn<bool>("cardFull"); // otherwise the encoder gives up at once
-        QTest::newRow("card-fills-up-partial-file-kept") << true;
-        QTest::newRow("encoder-fails-at-once-nothing-listed") << false;
+        QTest::addColumn<QString>("encoder"); // none: the simulation's, on a card that fills up
+        QTest::addColumn<int>("format");      // MP3, WAV
+        QTest::addColumn<int>("quality");     // High, Mid, Low
+        QTest::addColumn<QString>("commandLine");
+        const QString exits = QStringLiteral(FAKE_ENCODER_EXIT);
+        QTest::newRow("card-fills-up-partial-file-kept") << QString() << 0 << 1 << QString();
+        QTest::newRow("exits-at-once-mp3-low") << exits << 0 << 2 << "shine -b 64 -s 24000 FILE";
+        QTest::newRow("exits-at-once-mp3-high-still-24000-hz")
+            << exits << 0 << 0 << "shine -b 128 -s 24000 FILE";
+        QTest::newRow("exits-at-once-wav-low") << exits << 1 << 2 << "record2wav FILE 11025";
+        QTest::newRow("crashes-after-two-seconds")
+            << QStringLiteral(FAKE_ENCODER_ABORT) << 0 << 1 << "shine -b 96 -s 24000 FILE";
+        QTest::newRow("missing-nothing-listed") << "missing" << 0 << 1 << QString();
     }
 
     void encoderEndsByItself()
     {
-        QFETCH(bool, cardFull);
+        QFETCH(QString, encoder);
+        QFETCH(int, format);
+        QFETCH(int, quality);
+        QFETCH(QString, commandLine);
         // a full card: the encoder's writes fail beyond 24000 bytes (two seconds at 96 kbit/s)
         rlimit old{};
         QCOMPARE(getrlimit(RLIMIT_FSIZE, &old), 0);
@@ -355,17 +332,20 @@ private slots:
         };
         const auto restore = qScopeGuard(unlimit);
         const rlimit small{24000, old.rlim_max};
-        if (cardFull) {
-            std::signal(SIGXFSZ, SIG_IGN);
-            QCOMPARE(setrlimit(RLIMIT_FSIZE, &small), 0);
-        } else {
-            QVERIFY(root->installEncoders(QStringLiteral(FAKE_ENCODER_EXIT)));
-        }
+        std::signal(SIGXFSZ, SIG_IGN);
+        const bool cardFull = encoder.isEmpty();
+        QVERIFY(cardFull               ? setrlimit(RLIMIT_FSIZE, &small) == 0
+                : encoder == "missing" ? QDir(root->path("/usr/sbin")).removeRecursively()
+                                       : root->installEncoders(encoder));
+        g_setRecoderVolume = false; // as in a new process
         RecordMainWnd window(nullptr, 0);
+        window.fileFormatChangeSlot(format, {});
+        window.fileQualityChangeSlot(quality, {});
         QTest::keyClick(&window, Qt::Key_Return);
         const QString file = window.getCurFileName();
         QTRY_VERIFY_WITH_TIMEOUT(!bRecording && bRecPause == RECSOUND_STOPPED, 20000);
         QTRY_VERIFY_WITH_TIMEOUT(childProcesses().isEmpty(), 5000);
+        QCOMPARE(encoderLog(*root).value(1), commandLine.replace("FILE", file));
         // the window stops counting at its next tick and shows that it is idle
         QTRY_COMPARE_WITH_TIMEOUT(window.getDisplayState(), int(RecordMainWnd::DisplayIdle), 5000);
         QVERIFY(!window.findChild<QTimer *>()->isActive());
@@ -375,64 +355,52 @@ private slots:
         QVERIFY(!cardFull || info.seconds >= 1); // what it wrote plays
         QCOMPARE(root->recordingList().size(), cardFull ? 1 : 0);
 
-        // the window goes on working: the next OK starts a new recording
+        // the window goes on working: the next OK starts a new recording; the first one alone
+        // set the microphone gain
         unlimit();
         QVERIFY(root->installEncoders());
         QTest::keyClick(&window, Qt::Key_Return);
         QCOMPARE(bRecPause.load(), int(RECSOUND_RECING));
-        QTRY_VERIFY_WITH_TIMEOUT(!childProcesses().isEmpty(), 5000);
+        // its encoder has written, so the engine is past the gain
+        QTRY_VERIFY_WITH_TIMEOUT(QFileInfo(window.getCurFileName()).size() > 0, 10000);
+        QCOMPARE(root->amixerCalls(), QStringList{"amixer set Input PGA 63%"});
     }
 
-    void nonAsciiRoot_data()
+    // the capture engine alone, against a fake encoder that runs until it is killed
+    void enginePauseResumeAndStopWhilePaused()
     {
-        QTest::addColumn<QByteArray>("folder"); // UTF-8, as the shell makes it
-        QTest::newRow("a-umlaut") << QByteArray("r\xc3\xa4"
-                                                "c");
-        QTest::newRow("cjk") << QByteArray("\xe5\xbd\x95\xe9\x9f\xb3");
-    }
+        QVERIFY(root->installEncoders(QStringLiteral(FAKE_ENCODER_RUN)));
+        QCOMPARE(RecordToFile(nullptr, &bRecording, &bRecPause, "64", true), -1);
+        QCOMPARE(RecordToFile("/mnt/mmc/a.mp3", nullptr, &bRecPause, "64", true), -1);
+        QVERIFY(!root->exists("/encoder.log")); // refused before anything is started
+        bRecording = true;                      // as the window sets the state words before a start
+        bRecPause = RECSOUND_RECING;
+        QCOMPARE(startRecordThread(root->path("/mnt/mmc/e_Recorder/a.mp3")), 0);
+        QTRY_VERIFY(encoderLog(*root).size() >= 2);
+        const pid_t pid = encoderLog(*root).value(0).toInt();
+        QVERIFY(!waitForEngine(0));
 
-    void nonAsciiRoot()
-    {
-        QFETCH(QByteArray, folder);
-        // the program's codec for the locale
-        QTextCodec::setCodecForLocale(QTextCodec::codecForName("GBK"));
-        const auto restore = qScopeGuard([] { QTextCodec::setCodecForLocale(nullptr); });
-        TestDeviceRoot named(folder);
-        QVERIFY(named.installEncoders());
-        freshSettings();
-        RecordMainWnd window(nullptr, 0);
-        QVERIFY(startRecording(window));
-        const QString name = QFileInfo(window.getCurFileName()).fileName();
-        const QByteArray file = named.rootBytes() + "/mnt/mmc/e_Recorder/" + name.toLatin1();
-        QTRY_VERIFY_WITH_TIMEOUT(rawSize(file) > 0, 10000);
-        tickTo(window, 4);
-        QTest::keyClick(&window, Qt::Key_Escape);
-        QVERIFY(rawSize(file) > 0);
-        QCOMPARE(named.recordingList(), QStringList{"/mnt/mmc/e_Recorder/" + name});
-    }
+        // while the state holds "paused", every pass stops the encoder again
+        bRecPause = RECSOUND_PAUSED;
+        QTRY_COMPARE(processState(pid), 'T');
+        ::kill(pid, SIGCONT);
+        QTRY_COMPARE(encoderLog(*root).count("CONT"), 1);
+        QTRY_COMPARE(processState(pid), 'T');
 
-    void messageFloodWhileRecording()
-    {
-        RecordMainWnd window(nullptr, 0);
-        window.show();
-        QCopChannel listener(QStringLiteral("recorderprocess"));
-        QSignalSpy heard(&listener, &QCopChannel::received);
-        QElapsedTimer clock;
-        clock.start();
-        QTest::keyClick(&window, Qt::Key_Return);
-        // mostly messages the recorder ignores, every tenth a command that flushes the disks
-        for (int i = 0; i < 10000; ++i) {
-            QVERIFY(QCopChannel::send(QStringLiteral("recorderprocess"),
-                                      i % 10 ? "noise(QString)" : "execute(QString)",
-                                      i % 10 ? QByteArray::number(i) : QByteArray("plugusb")));
-        }
-        QTRY_COMPARE_WITH_TIMEOUT(heard.count(), 10000, 120000);
-        // every second since OK is on the clock, but for the one under way
-        QTRY_VERIFY_WITH_TIMEOUT(qAbs(clock.elapsed() / 1000 - window.recordedSeconds()) <= 1,
-                                 3000);
-        QVERIFY(QCopChannel::send(QStringLiteral("recorderprocess"), "execute(QString)", "stop"));
-        QTRY_VERIFY_WITH_TIMEOUT(!window.isVisible(), 30000);
+        // "continue" resumes it, sending SIGCONT again on every 100 ms pass while it holds
+        bRecPause = RECSOUND_CONTINUE;
+        QTRY_VERIFY(encoderLog(*root).count("CONT") >= 4);
+        bRecPause = RECSOUND_RECING;
+        QTRY_VERIFY(processState(pid) != 'T');
+
+        // a stop while paused kills the stopped encoder and reaps it; the state word is left for
+        // the engine to reset, and the window waits for that end before the next start
+        bRecPause = RECSOUND_PAUSED;
+        QTRY_COMPARE(processState(pid), 'T');
+        bRecording = false;
+        QVERIFY(waitForEngine(10000));
         QCOMPARE(bRecPause.load(), int(RECSOUND_STOPPED));
+        QVERIFY(isReaped(pid));
     }
 
 private:

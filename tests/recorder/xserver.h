@@ -2,8 +2,6 @@
 
 #include "tiedprocess.h"
 
-#include <QProcess>
-#include <QStringList>
 #include <QTemporaryDir>
 
 class QImage;
@@ -25,7 +23,8 @@ public:
     bool pressKey(qint64 pid, const QString &key) const;
 
 private:
-    QByteArray run(const QStringList &command, bool *ok = nullptr) const;
+    // the tool run on this display to its end; true when it ended with 0
+    bool run(const QStringList &command, QByteArray *output = nullptr) const;
     void stop();
 
     QTemporaryDir m_frameBuffer;
