@@ -199,6 +199,7 @@ private slots:
         for (int i = 0; i < index + (index == 5); ++i) // and at the last
             row.moveNext();
         QCOMPARE(slider->geometry(), QRect(140, 4, 62, 18));
+        QCOMPARE(row.getCurIndex(), index);
         QCOMPARE(slider->value(), index * 6);
         const QImage image = shot(row, "kospinslide");
         QVERIFY(lit(image, handleX, 10));
