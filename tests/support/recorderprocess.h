@@ -11,11 +11,10 @@ class RecorderProcess
 {
 public:
     explicit RecorderProcess(const QString &deviceRoot);
-    ~RecorderProcess();
-    RecorderProcess(const RecorderProcess &) = delete;
-    RecorderProcess &operator=(const RecorderProcess &) = delete;
+    ~RecorderProcess() { kill(); }
+    Q_DISABLE_COPY(RecorderProcess)
 
-    void setEnv(const QString &name, const QString &value);
+    void setEnv(const QString &name, const QString &value) { m_env.insert(name, value); }
     // drawn on that X display, through xcb and in software, as on a person's desktop
     void showOn(const QString &display);
     // a command the program is started through, such as setpriv with its options
@@ -25,22 +24,28 @@ public:
     bool start(const QStringList &arguments = {});
     // Waits until standard error holds the text; false on time-out or when the program ended.
     bool waitForError(const QByteArray &text, int timeoutMs = 15000);
-    bool waitForExit(int timeoutMs = 15000);
-    void kill();
+    bool waitForExit(int timeoutMs = 15000)
+    {
+        return !isRunning() || m_process.waitForFinished(timeoutMs);
+    }
+    void kill()
+    {
+        m_process.kill();
+        m_process.waitForFinished(10000);
+    }
 
-    QByteArray standardError();
+    // all the program has written to standard error so far
+    QByteArray standardError() { return m_err += m_process.readAllStandardError(); }
     int exitCode() const { return m_process.exitCode(); }
     QProcess::ExitStatus exitStatus() const { return m_process.exitStatus(); }
     qint64 pid() const { return m_process.processId(); }
     bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
 
 private:
-    void drain();
-
     TiedProcess m_process;
     QStringList m_wrapper;
     QString m_program = QStringLiteral(RECORDER_BIN);
-    QProcessEnvironment m_env;
+    QProcessEnvironment m_env = QProcessEnvironment::systemEnvironment();
     QByteArray m_err;
 };
 

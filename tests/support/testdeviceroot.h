@@ -13,21 +13,19 @@
 class TestDeviceRoot
 {
 public:
-    TestDeviceRoot();
     // the root in a folder of that name (raw bytes, as a shell would make it) in the temporary one
-    explicit TestDeviceRoot(const QByteArray &folderName);
+    explicit TestDeviceRoot(const QByteArray &folderName = {});
     ~TestDeviceRoot();
-    TestDeviceRoot(const TestDeviceRoot &) = delete;
-    TestDeviceRoot &operator=(const TestDeviceRoot &) = delete;
+    Q_DISABLE_COPY(TestDeviceRoot)
 
     QString root() const { return QFile::decodeName(m_root); }
     QByteArray rootBytes() const { return m_root; }
     // the real location of a device path such as "/apps/config/recconfig.ini"
-    QString path(const QString &devicePath) const;
+    QString path(const QString &devicePath) const { return root() + devicePath; }
 
     bool writeFile(const QString &devicePath, const QByteArray &bytes) const;
     QByteArray readFile(const QString &devicePath) const;
-    bool exists(const QString &devicePath) const;
+    bool exists(const QString &devicePath) const { return QFileInfo::exists(path(devicePath)); }
 
     // lays out the scan-and-read engines' resources (devsim/engineres): OCR models, speech
     // data, the scanner stand-in's folder
@@ -43,14 +41,17 @@ public:
     QStringList recordingList() const;
 
     // command lines the amixer stand-in has received, oldest first
-    QStringList amixerCalls() const;
+    QStringList amixerCalls() const
+    {
+        return QString(readFile("/amixer.log")).split('\n', Qt::SkipEmptyParts);
+    }
 
 private:
+    // as they were; a null root: none was set
+    const QByteArray m_oldRoot = qgetenv("RECORDER_ROOT");
+    const QByteArray m_oldPath = qgetenv("PATH");
     QTemporaryDir m_dir;
-    QByteArray m_root;
-    QByteArray m_oldRoot;
-    QByteArray m_oldPath;
-    bool m_hadRoot;
+    QByteArray m_root = QFile::encodeName(m_dir.path());
 };
 
 // Folder for the pictures the tests take of every screen.

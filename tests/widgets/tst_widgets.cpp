@@ -2,7 +2,6 @@
 // screen switcher, the yes/no and message dialogs, and fitting text to a width.
 #include "app/startup.h"
 #include "screenpixels.h"
-#include "testdeviceroot.h"
 #include "widgets/cropstring.h"
 #include "widgets/itemmenu.h"
 #include "widgets/kospinbox.h"
@@ -11,11 +10,8 @@
 #include "widgets/widgetchange.h"
 #include "widgets/yesnoselect.h"
 
-#include <QApplication>
-#include <QElapsedTimer>
-#include <QSignalSpy>
-#include <QSlider>
 #include <QtTest>
+#include <QtWidgets>
 
 namespace {
 
@@ -44,6 +40,15 @@ int execAnswered(QDialog &dialog, const QTestEventList &events)
     return dialog.exec();
 }
 
+// The widget's picture, kept as widgets_WHAT_<data tag>.png
+QImage shot(QWidget &widget, const char *what)
+{
+    return shoot(widget, QStringLiteral("widgets_%1_%2").arg(what, QTest::currentDataTag()));
+}
+
+const Qt::Key Up = Qt::Key_Up, Down = Qt::Key_Down, Left = Qt::Key_Left, Right = Qt::Key_Right,
+              Ret = Qt::Key_Return, Esc = Qt::Key_Escape;
+
 } // namespace
 
 class TestWidgets : public QObject
@@ -63,35 +68,32 @@ private slots:
         QTest::addColumn<QString>("signalLog");
         QTest::addColumn<int>("menuIndex");
         QTest::addColumn<QString>("screenAfter");
-        const Qt::Key up = Qt::Key_Up, down = Qt::Key_Down, left = Qt::Key_Left,
-                      right = Qt::Key_Right, ret = Qt::Key_Return, esc = Qt::Key_Escape;
         auto row = [](const char *tag, const char *mode, std::initializer_list<Qt::Key> events,
                       const char *log, int index, const char *screen) {
-            QTest::newRow(tag) << QString(mode) << keys(events) << QString(log) << index
-                               << QString(screen);
+            QTest::newRow(tag) << mode << keys(events) << log << index << screen;
         };
-        row("down-stops-at-last-row", "plain", {down, down, down, down, down}, "", 4, "menu");
-        row("up-stops-at-first-row", "plain", {down, up, up}, "", 0, "menu");
-        row("right-wraps-the-value", "plain", {down, down, right, right}, "row 0 a, row 1 b", 2,
+        row("down-stops-at-last-row", "plain", {Down, Down, Down, Down, Down}, "", 4, "menu");
+        row("up-stops-at-first-row", "plain", {Down, Up, Up}, "", 0, "menu");
+        row("right-wraps-the-value", "plain", {Down, Down, Right, Right}, "row 0 a, row 1 b", 2,
             "menu");
-        row("left-wraps-the-value", "plain", {left}, "row 2 c", 0, "menu");
-        row("fixed-left-blocked-at-first", "fixed", {left}, "", 0, "menu");
-        row("fixed-left-announces-only", "fixed", {down, down, left}, "row 2 c", 2, "menu");
-        row("fixed-right-announces-only", "fixed", {right}, "row 0 a", 0, "menu");
-        row("fixed-right-blocked-at-second", "fixed", {down, right}, "", 1, "menu");
+        row("left-wraps-the-value", "plain", {Left}, "row 2 c", 0, "menu");
+        row("fixed-left-blocked-at-first", "fixed", {Left}, "", 0, "menu");
+        row("fixed-left-announces-only", "fixed", {Down, Down, Left}, "row 2 c", 2, "menu");
+        row("fixed-right-announces-only", "fixed", {Right}, "row 0 a", 0, "menu");
+        row("fixed-right-blocked-at-second", "fixed", {Down, Right}, "", 1, "menu");
         row("unhandled-keys-dropped", "plain",
             {Qt::Key_A, Qt::Key_5, Qt::Key_F1, Qt::Key_Space, Qt::Key_Home, Qt::Key_Tab,
              Qt::Key_Enter},
             "", 0, "menu");
-        row("return-announces-then-switches", "plain", {down, ret}, "lan 1, datetime, esc*", 1,
+        row("return-announces-then-switches", "plain", {Down, Ret}, "lan 1, datetime, esc*", 1,
             "prev");
-        row("return-quick-to-quick-widget", "quick", {down, ret}, "lan 1, ok*, quick*, esc*", 1,
+        row("return-quick-to-quick-widget", "quick", {Down, Ret}, "lan 1, ok*, quick*, esc*", 1,
             "quick");
-        row("return-go-in-stays", "goin", {down, ret}, "goin 1", 1, "menu");
-        row("escape-switches-then-announces", "plain", {down, esc}, "lan 1, datetime*, esc*", 1,
+        row("return-go-in-stays", "goin", {Down, Ret}, "goin 1", 1, "menu");
+        row("escape-switches-then-announces", "plain", {Down, Esc}, "lan 1, datetime*, esc*", 1,
             "prev");
-        row("escape-left-to-listener", "escstays", {esc}, "lan 0, esc", 0, "menu");
-        row("escape-nowhere-to-go-closes-all", "noprev", {esc}, "lan 0, datetime*, esc*", 0,
+        row("escape-left-to-listener", "escstays", {Esc}, "lan 0, esc", 0, "menu");
+        row("escape-nowhere-to-go-closes-all", "noprev", {Esc}, "lan 0, datetime*, esc*", 0,
             "none");
     }
     void keySequences()
@@ -108,11 +110,11 @@ private slots:
         QList<KoSpinBox *> rows;
         for (int i = 0; i < 5; ++i) {
             rows << new KoSpinBox(menu);
-            rows.last()->addItem(QVector<QString>{"a", "b", "c"});
-            rows.last()->setCurIndex(i % 3);
-            menu->addItem(rows.last());
-            connect(rows.last(), &SpinItems::triggered, [&log](int index, const QString &value) {
-                log << QStringLiteral("row %1 %2").arg(index).arg(value);
+            rows[i]->addItem(QVector<QString>{"a", "b", "c"});
+            rows[i]->setCurIndex(i % 3);
+            menu->addItem(rows[i]);
+            connect(rows[i], &SpinItems::triggered, [&log](int n, const QString &value) {
+                log << QString("row %1 %2").arg(n).arg(value);
             });
         }
         menu->setMoveLRFlag(mode != "fixed");
@@ -138,24 +140,22 @@ private slots:
         QCOMPARE(parent.received, 0);
         QCOMPARE(other.isVisible(), mode != "noprev");
         QCOMPARE(menu->isVisible(), screenAfter == "menu");
-        QCOMPARE(menu->getMessWidget(), screenAfter == "prev"    ? &prev
-                                        : screenAfter == "quick" ? &quick
-                                                                 : nullptr);
+        const QHash<QString, QWidget *> screens{{"prev", &prev}, {"quick", &quick}};
+        QCOMPARE(menu->getMessWidget(), screens.value(screenAfter));
 
         // three rows to a page, touching from y 4, the highlighted one bold, all disabled:
         // rows take no input of their own
         const int first = menuIndex < 3 ? 0 : 3, h = rows.first()->height();
         for (int i = 0; i < rows.size(); ++i) {
-            QCOMPARE(!rows.at(i)->isHidden(), i >= first && i < first + 3);
-            QVERIFY(!rows.at(i)->isEnabled());
-            if (!rows.at(i)->isHidden()) {
-                QCOMPARE(rows.at(i)->geometry(), QRect(40, 4 + (i - first) * h, 241, h));
-                QCOMPARE(rows.at(i)->font().bold(), i == menuIndex);
+            QCOMPARE(!rows[i]->isHidden(), i >= first && i < first + 3);
+            QVERIFY(!rows[i]->isEnabled());
+            if (!rows[i]->isHidden()) {
+                QCOMPARE(rows[i]->geometry(), QRect(40, 4 + (i - first) * h, 241, h));
+                QCOMPARE(rows[i]->font().bold(), i == menuIndex);
             }
         }
         // exactly the rows on the page show their arrows, at x 140-147 and 198-205 of the row
-        const QImage image =
-            shoot(*menu, QStringLiteral("widgets_itemmenu_") + QTest::currentDataTag());
+        const QImage image = shot(*menu, "itemmenu");
         for (int k = 0; k < 3; ++k) {
             const int y = 4 + k * h + 9;
             QCOMPARE(lit(image, 40 + 144, y) && lit(image, 40 + 201, y), first + k < rows.size());
@@ -163,37 +163,32 @@ private slots:
         }
     }
 
-    // The value block moves left for good, whatever the flag's argument.
-    void spinBoxGoFront_data()
-    {
-        QTest::addColumn<bool>("flag");
-        QTest::newRow("go-front") << true;
-        QTest::newRow("go-front-false-still-moves-left") << false;
-    }
-    void spinBoxGoFront()
-    {
-        QFETCH(bool, flag);
-        KoSpinBox box;
-        box.addItem(QVector<QString>{"On", "Off"});
-        box.setGoFrontFlag(flag);
-        const QImage image =
-            shoot(box, QStringLiteral("widgets_kospinbox_") + QTest::currentDataTag());
-        QVERIFY(lit(image, 114, 9) && lit(image, 208, 9)); // arrows at 110-117 and 205-212
-        QVERIFY(!lit(image, 107, 9) && !lit(image, 144, 9) && !lit(image, 215, 9));
-    }
-
-    void sliderPlaceAndValue_data()
+    // A spin box's value block moves left for good, whatever the go-front flag's argument
+    // (index -1); a slider row's handle (the middle of its 8 pixels at handleX) stops at the first
+    // and the last value.
+    void rowPictures_data()
     {
         QTest::addColumn<int>("index");
-        QTest::addColumn<int>("handleX"); // the middle of the 8-pixel handle
+        QTest::addColumn<int>("handleX");
+        QTest::newRow("spin-box-go-front") << -1 << 1;
+        QTest::newRow("spin-box-go-front-false-still-moves-left") << -1 << 0;
         const int middles[] = {144, 154, 165, 176, 187, 198};
         for (int i = 0; i < 6; ++i)
-            QTest::addRow("step-%d", i) << i << middles[i];
+            QTest::addRow("slider-step-%d", i) << i << middles[i];
     }
-    void sliderPlaceAndValue()
+    void rowPictures()
     {
         QFETCH(int, index);
         QFETCH(int, handleX);
+        if (index < 0) {
+            KoSpinBox box;
+            box.addItem(QVector<QString>{"On", "Off"});
+            box.setGoFrontFlag(handleX);
+            const QImage image = shot(box, "kospinbox");
+            QVERIFY(lit(image, 114, 9) && lit(image, 208, 9)); // arrows at 110-117 and 205-212
+            QVERIFY(!lit(image, 107, 9) && !lit(image, 144, 9) && !lit(image, 215, 9));
+            return;
+        }
         KoSpinSlide row;
         row.addItem(QVector<QString>{"0", "1", "2", "3", "4", "5"});
         auto *slider = row.findChild<QSlider *>();
@@ -204,8 +199,9 @@ private slots:
         for (int i = 0; i < index + (index == 5); ++i) // and at the last
             row.moveNext();
         QCOMPARE(slider->geometry(), QRect(140, 4, 62, 18));
+        QCOMPARE(row.getCurIndex(), index);
         QCOMPARE(slider->value(), index * 6);
-        const QImage image = shoot(row, QStringLiteral("widgets_kospinslide_step%1").arg(index));
+        const QImage image = shot(row, "kospinslide");
         QVERIFY(lit(image, handleX, 10));
         QVERIFY(!lit(image, index < 3 ? handleX + 15 : handleX - 15, 10));
     }
@@ -225,37 +221,31 @@ private slots:
     // (up to 33 characters), 24 under a wrapped one.
     void yesno_data()
     {
-        QTest::addColumn<QString>("question");
-        QTest::addColumn<int>("lineDrop");
+        QTest::addColumn<bool>("wrapped");
         QTest::addColumn<QTestEventList>("events");
         QTest::addColumn<int>("value");
         QTest::addColumn<int>("result");
-        const Qt::Key left = Qt::Key_Left, right = Qt::Key_Right, ret = Qt::Key_Return;
-        const QString line(33, 'q'), wrapped(34, 'q');
-        QTest::newRow("return-on-first") << line << 19 << keys({ret}) << 0 << 1;
+        QTest::newRow("return-on-first") << false << keys({Ret}) << 0 << 1;
         QTest::newRow("other-keys-ignored-right-stops-at-second")
-            << line << 19 << keys({Qt::Key_Up, Qt::Key_A, right, right, ret}) << 1 << 1;
-        QTest::newRow("wrapped-left-stops-at-first")
-            << wrapped << 24 << keys({left, ret}) << 0 << 1;
+            << false << keys({Up, Qt::Key_A, Right, Right, Ret}) << 1 << 1;
+        QTest::newRow("wrapped-left-stops-at-first") << true << keys({Left, Ret}) << 0 << 1;
         QTest::newRow("wrapped-right-left-back-to-first")
-            << wrapped << 24 << keys({right, left, ret}) << 0 << 1;
-        QTest::newRow("escape-rejects") << line << 19 << keys({Qt::Key_Escape}) << 2 << 0;
+            << true << keys({Right, Left, Ret}) << 0 << 1;
+        QTest::newRow("escape-rejects") << false << keys({Esc}) << 2 << 0;
     }
     void yesno()
     {
-        QFETCH(QString, question);
-        QFETCH(int, lineDrop);
+        QFETCH(bool, wrapped);
         QFETCH(QTestEventList, events);
         QFETCH(int, value);
-        YesnoSelect dialog(question, "Yes", "No");
+        YesnoSelect dialog(QString(wrapped ? 34 : 33, 'q'), "Yes", "No");
         QTEST(execAnswered(dialog, events), "result");
         QCOMPARE(dialog.getValue(), value);
 
         // the mark stays where the answer was taken: inside it lit, its nearly black outline not
-        const QImage image =
-            shoot(dialog, QStringLiteral("widgets_yesno_") + QTest::currentDataTag());
+        const QImage image = shot(dialog, "yesno");
         const QFontMetrics metrics{QFont("nits")};
-        const int y = metrics.ascent() + lineDrop;
+        const int y = metrics.ascent() + (wrapped ? 24 : 19);
         const int firstX = 128 - metrics.horizontalAdvance("Yes") - 15;
         QCOMPARE(lit(image, firstX, y + 8), value != 1);
         QCOMPARE(lit(image, 135, y + 8), value == 1);
@@ -268,8 +258,8 @@ private slots:
         QTest::addColumn<QTestEventList>("events");
         QTest::addColumn<int>("result");
         QTest::newRow("no-time-out-other-keys-leave-it-open")
-            << 0 << keys({Qt::Key_Up, Qt::Key_A, Qt::Key_Return}) << 1;
-        QTest::newRow("no-time-out-escape-rejects") << 0 << keys({Qt::Key_Escape}) << 0;
+            << 0 << keys({Up, Qt::Key_A, Ret}) << 1;
+        QTest::newRow("no-time-out-escape-rejects") << 0 << keys({Esc}) << 0;
         QTest::newRow("time-out-accepts-after-every-show") << 1000 << QTestEventList() << 1;
     }
     void message()
@@ -287,22 +277,21 @@ private slots:
         QTEST(execAnswered(dialog, events), "result");
         QVERIFY(shown.elapsed() >= timeout * 9 / 10); // the full time again (coarse timers: 5%)
         QCOMPARE(finished.count(), 1);
-        shoot(dialog, QStringLiteral("widgets_message_") + QTest::currentDataTag());
+        shot(dialog, "message");
     }
 
-    // maxWidth is the width of this many letters and the suffix, plus these pixels
+    // maxWidth is the width of widthOf letters and the suffix, plus extra pixels
     void cropString_data()
     {
         QTest::addColumn<int>("length");
         QTest::addColumn<int>("widthOf");
         QTest::addColumn<int>("extra");
         QTest::addColumn<int>("kept"); // -1: the text unchanged, without the suffix
-        QTest::addColumn<bool>("wider");
-        QTest::newRow("fits-unchanged-without-suffix") << 10 << 10 << 0 << -1 << false;
-        QTest::newRow("exact-width-found") << 20 << 5 << 0 << 5 << false;
-        QTest::newRow("closes-after-too-wide-prefix") << 20 << 5 << 1 << 6 << true;
-        QTest::newRow("narrower-than-suffix") << 20 << 0 << -1 << 1 << true;
-        QTest::newRow("ten-halvings-run-out") << 2048 << 1500 << 1 << 1502 << true;
+        QTest::newRow("fits-unchanged-without-suffix") << 10 << 10 << 0 << -1;
+        QTest::newRow("exact-width-found") << 20 << 5 << 0 << 5;
+        QTest::newRow("closes-after-too-wide-prefix") << 20 << 5 << 1 << 6;
+        QTest::newRow("narrower-than-suffix") << 20 << 0 << -1 << 1;
+        QTest::newRow("ten-halvings-run-out") << 2048 << 1500 << 1 << 1502;
     }
     void cropString()
     {
@@ -310,15 +299,15 @@ private slots:
         QFETCH(int, widthOf);
         QFETCH(int, extra);
         QFETCH(int, kept);
-        const QFont font;
-        const QFontMetrics metrics(font);
+        const QFontMetrics metrics{QFont()};
         auto letters = [&](int n) { return metrics.horizontalAdvance(QString(n, 'a')); };
         QVERIFY(letters(2) - letters(1) >= 2); // every letter adds more than a pixel
         const int maxWidth = letters(widthOf) + metrics.horizontalAdvance("...") + extra;
         const QString text(length, 'a');
-        const QString result = crop_string(font, text, maxWidth, "...");
+        const QString result = crop_string(QFont(), text, maxWidth, "...");
         QCOMPARE(result, kept < 0 ? text : text.left(kept) + "...");
-        QTEST(metrics.horizontalAdvance(result) > maxWidth, "wider");
+        // a width between two prefixes' is overshot: the search closes on the wider one
+        QCOMPARE(metrics.horizontalAdvance(result) > maxWidth, extra != 0);
     }
 };
 
