@@ -29,6 +29,7 @@
 
 namespace {
 
+using Ints = QList<int>;
 const QString folder = QStringLiteral("/mnt/mmc/e_Recorder/");
 const QString listPath = QStringLiteral("/apps/config/reclist.ini");
 const QString tablePath = QStringLiteral("/apps/config/scanlanguage.cfg");
@@ -49,15 +50,6 @@ void addFiles(RecFileManager &m, const TestDeviceRoot &root, const QStringList &
         root.writeFile(folder + name, "x");
         m.addNewFileToList(root.path(folder + name));
     }
-}
-
-// init() of a fresh process-wide language table on content (null: the file as it is)
-int loadTable(const TestDeviceRoot &root, const QByteArray &content)
-{
-    LanguageManager::quitFun();
-    if (!content.isNull() && !root.writeFile(tablePath, content))
-        return -99;
-    return LanguageManager::Instance()->init();
 }
 
 // the three trace levels on consecutive lines; notes the kernel thread id, returns the first line
@@ -194,27 +186,24 @@ private slots:
 
     void failedWritesLoseNothing_data()
     {
-        QTest::addColumn<QString>("action"); // what the child does
-        // made read-only (write-only for a file) for an unprivileged child; none: a full card,
-        // where no file may grow beyond the old list's size
+        // made read-only (write-only for a file) for an unprivileged child that adds a recording
+        // (loads the list, the language table when that is the file); none: a full card, where
+        // no file may grow beyond the old list's size
         QTest::addColumn<QString>("readOnly");
-        QTest::newRow("no-space-for-the-new-list") << "add" << QString();
-        QTest::newRow("read-only-config-folder") << "add"
-                                                 << "/apps/config";
-        QTest::newRow("unreadable-list-not-truncated") << "load" << listPath;
-        QTest::newRow("unreadable-language-table-not-truncated") << "language" << tablePath;
+        QTest::newRow("no-space-for-the-new-list") << QString();
+        QTest::newRow("read-only-config-folder") << "/apps/config";
+        QTest::newRow("unreadable-list-not-truncated") << listPath;
+        QTest::newRow("unreadable-language-table-not-truncated") << tablePath;
     }
     void failedWritesLoseNothing()
     {
-        QFETCH(QString, action);
         QFETCH(QString, readOnly);
         TestDeviceRoot root;
-        RecFileManager before;
-        addFiles(before, root, {"a.mp3", "b.mp3"});
-        QVERIFY(root.writeFile(folder + "c.mp3", "x"));
-        QVERIFY(root.writeFile(tablePath, "en\t101\tEnglish\t1\t1\t1\t1\n"));
-        const QByteArray list = root.readFile(listPath), table = root.readFile(tablePath);
-        QCOMPARE(list, listBytes({"b.mp3", "a.mp3"}));
+        const QByteArray list = listBytes({"b.mp3", "a.mp3"}),
+                         table("en\t101\tEnglish\t1\t1\t1\t1\n");
+        for (const char *name : {"a.mp3", "b.mp3", "c.mp3"})
+            QVERIFY(root.writeFile(folder + name, "x"));
+        QVERIFY(root.writeFile(listPath, list) && root.writeFile(tablePath, table));
         QVERIFY(::chmod(QFile::encodeName(root.root()), 0755) == 0);
         const bool full = readOnly.isEmpty();
         QVERIFY(full || ::chmod(QFile::encodeName(root.path(readOnly)),
@@ -222,17 +211,16 @@ private slots:
         const pid_t pid = ::fork();
         if (pid == 0) {
             std::signal(SIGXFSZ, SIG_IGN); // a full card: writes fail instead
-            const rlim_t most = full ? rlim_t(list.size()) : RLIM_INFINITY;
-            const rlimit limit{most, most};
+            const rlimit limit{full ? rlim_t(list.size()) : RLIM_INFINITY, RLIM_INFINITY};
             // root passes every permission check
             if (setrlimit(RLIMIT_FSIZE, &limit) != 0 ||
                 (!full && geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)))
                 _exit(99);
-            if (action == "language")
+            if (readOnly == tablePath)
                 _exit(LanguageManager::Instance()->init() == -1 ? 0 : 1);
             RecFileManager m;
             const int loaded = m.init();
-            if (action == "load")
+            if (readOnly == listPath)
                 _exit(loaded == -1 ? 0 : 1);
             m.addNewFileToList(root.path(folder + "c.mp3"));
             // nothing is lost in memory, and the failure is reported
@@ -248,82 +236,73 @@ private slots:
     void killedWhileAdding()
     {
         TestDeviceRoot root;
-        const QString journal = root.path("/journal");
+        QFile journal(root.path("/journal"));
         for (int round = 0; round < 10; ++round) {
-            const qint64 noted = QFileInfo(journal).size();
+            const qint64 noted = journal.size();
             const pid_t pid = ::fork();
             if (pid == 0) {
                 // adds recordings until killed, noting each one once it has been flushed
-                ::setpgid(0, 0);
                 RecFileManager m;
                 m.init();
-                QFile done(journal);
-                done.open(QIODevice::Append | QIODevice::Unbuffered);
+                journal.open(QIODevice::Append | QIODevice::Unbuffered);
                 for (int i = 0;; ++i) {
                     const QString name = QStringLiteral("k%1_%2.mp3").arg(round).arg(i);
                     addFiles(m, root, {name});
-                    done.write(name.toUtf8() + '\n');
+                    journal.write(name.toUtf8() + '\n');
                 }
             }
             QVERIFY(pid > 0);
-            ::setpgid(pid, pid);
             {
-                // the child and anything it runs die together, and are reaped in any case
+                // reaped in any case
                 const auto reap = qScopeGuard([pid] {
-                    ::kill(-pid, SIGKILL);
+                    ::kill(pid, SIGKILL);
                     ::waitpid(pid, nullptr, 0);
                 });
-                QTRY_VERIFY(QFileInfo(journal).size() > noted);
+                QTRY_VERIFY(journal.size() > noted);
                 ::usleep(QRandomGenerator::global()->bounded(30000));
             }
-            RecFileManager m;
-            QCOMPARE(m.init(), 0);
-            QCOMPARE(m.flush(), 0);
-            const QByteArray list = root.readFile(listPath);
-            for (const QByteArray &name : root.readFile("/journal").trimmed().split('\n'))
-                QVERIFY2(list.contains(listBytes({QString::fromUtf8(name)}).mid(2)), name.data());
+            QCOMPARE(RecFileManager().init(), 0);
+            const QStringList list = root.recordingList();
+            for (const QString &name :
+                 QString(root.readFile("/journal")).split('\n', Qt::SkipEmptyParts))
+                QVERIFY2(list.contains(folder + name), qPrintable(name));
         }
     }
 
     void settingsStore_data()
     {
-        QTest::addColumn<QByteArray>("ini");    // null: no file
-        QTest::addColumn<QList<int>>("values"); // Format, LoopMode, Mode, PlayVolume, Quality
-        QTest::addColumn<bool>("rewritten");    // else left byte for byte
-        const QByteArray complete(
-            "[RecorderSet]\nPlayVolume=3\nQuality=2\nMode=0\nLoopMode=1\nFormat=1\n");
-        const QList<int> completeValues{1, 1, 0, 3, 2};
-        QTest::newRow("no-file-defaults-written")
-            << QByteArray() << QList<int>{0, 0, 0, 5, 1} << true;
+        QTest::addColumn<QByteArray>("ini"); // below [RecorderSet]; null: no file
+        QTest::addColumn<Ints>("values");    // Format, LoopMode, Mode, PlayVolume, Quality
+        QTest::addColumn<bool>("rewritten"); // else left byte for byte
+        const QByteArray all("PlayVolume=3\nQuality=2\nMode=0\nLoopMode=1\nFormat=1\n");
+        QTest::newRow("no-file-defaults-written") << QByteArray() << Ints{0, 0, 0, 5, 1} << true;
         QTest::newRow("non-numeric-format-reads-0")
-            << QByteArray("[RecorderSet]\nFormat=wav\nQuality=2\n") << QList<int>{0, 0, 0, 5, 2}
-            << true;
+            << QByteArray("Format=wav\nQuality=2\n") << Ints{0, 0, 0, 5, 2} << true;
         QTest::newRow("any-non-zero-format-kept")
-            << QByteArray("[RecorderSet]\nFormat=-1\nPlayVolume=9\n") << QList<int>{-1, 0, 0, 9, 1}
-            << true;
-        QTest::newRow("complete-left-as-written") << complete << completeValues << false;
+            << QByteArray("Format=-1\nPlayVolume=9\n") << Ints{-1, 0, 0, 9, 1} << true;
+        QTest::newRow("complete-left-as-written") << all << Ints{1, 1, 0, 3, 2} << false;
         QTest::newRow("key-missing-rewritten")
-            << QByteArray(complete).replace("\nMode=0\n", "\n") << completeValues << true;
+            << QByteArray(all).replace("\nMode=0\n", "\n") << Ints{1, 1, 0, 3, 2} << true;
         QTest::newRow("number-spelt-otherwise-rewritten")
-            << QByteArray(complete).replace("Quality=2", "Quality=02") << completeValues << true;
+            << QByteArray(all).replace("Quality=2", "Quality=02") << Ints{1, 1, 0, 3, 2} << true;
     }
-    // whatever was read is what the file holds afterwards, as plain numbers in Qt's order
+    // whatever was read is what the file holds afterwards, as plain numbers in Qt's key order
     void settingsStore()
     {
         QFETCH(QByteArray, ini);
-        QFETCH(QList<int>, values);
+        QFETCH(Ints, values);
         QFETCH(bool, rewritten);
         TestDeviceRoot root;
         const QString path = QStringLiteral("/apps/config/recconfig.ini");
-        QVERIFY(ini.isNull() || root.writeFile(path, ini));
+        QVERIFY(ini.isNull() || root.writeFile(path, "[RecorderSet]\n" + ini));
         const ConfigWidget store;
-        QCOMPARE((QList<int>{store.getFileFormat(), store.getLoopMode(), store.getModeOption(),
-                             store.getPlayVolume(), store.getFileQuality()}),
+        QCOMPARE((Ints{store.getFileFormat(), store.getLoopMode(), store.getModeOption(),
+                       store.getPlayVolume(), store.getFileQuality()}),
                  values);
-        QByteArray written("[RecorderSet]\n");
+        QByteArray written;
         for (const char *key : {"Format", "LoopMode", "Mode", "PlayVolume", "Quality"})
             written += key + ('=' + QByteArray::number(values.takeFirst())) + '\n';
-        QCOMPARE(root.readFile(path), rewritten ? written : ini);
+        QCOMPARE(root.readFile(path), "[RecorderSet]\n" + (rewritten ? written : ini));
     }
 
     void soundRecord()
@@ -346,53 +325,46 @@ private slots:
         QCOMPARE(writeCfg(&cfg), -1);
     }
 
-    void languageTable_data()
-    {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<int>("result");
-        QTest::addColumn<int>("rows"); // as many recognition as display rows here
-        const QByteArray a("zh\t1\tChinese\t1\t1\t1\t1\n"), b("en\t101\tEnglish\t1\t1\t1\t0\n");
-        QTest::newRow("crlf-line-ends") << QByteArray(a + b).replace("\n", "\r\n") << 0 << 2;
-        QTest::newRow("blank-line-stops-keeping-rows-above") << a + "\n" + b << -1 << 1;
-        QTest::newRow("six-columns") << a + "x\t1\tX\t1\t1\t1\n" + b << -1 << 1;
-        QTest::newRow("eight-columns-trailing-tab") << a + b.chopped(1) + "\t\n" << -1 << 1;
-        QTest::newRow("empty-file") << QByteArray("") << 0 << 0;
-        QTest::newRow("missing-file-created-empty") << QByteArray() << 0 << 0;
-    }
-    // an unknown number gives the position after the last row; an id past the end gives 0
+    // init()'s result and the recognition and display rows; an unknown number gives the position
+    // after the last display row, an id past the end gives 0; the table stays as it was
     void languageTable()
     {
-        QFETCH(QByteArray, content);
-        QFETCH(int, rows);
         TestDeviceRoot root;
-        QTEST(loadTable(root, content), "result");
-        const LanguageManager *m = LanguageManager::manager;
-        QCOMPARE((QList<int>{m->getLanguageSize(), m->getShowLanSize(), m->getIDByLanINT(5),
-                             m->getIntByID(rows)}),
-                 (QList<int>{rows, rows, rows, 0}));
+        const auto load = [&root](const QByteArray &content) {
+            LanguageManager::quitFun();
+            if (!content.isNull())
+                root.writeFile(tablePath, content);
+            const int result = LanguageManager::Instance()->init();
+            const LanguageManager *m = LanguageManager::manager;
+            const int rows = m->getShowLanSize();
+            return root.readFile(tablePath) == content && m->getIntByID(rows) == 0
+                       ? Ints{result, m->getLanguageSize(), rows, m->getIDByLanINT(5)}
+                       : Ints{};
+        };
+        const QByteArray a("zh\t1\tChinese\t1\t1\t1\t1\n"), b("en\t101\tEnglish\t1\t1\t1\t0\n");
+        QCOMPARE(load(QByteArray(a + b).replace("\n", "\r\n")), (Ints{0, 2, 2, 2}));
+        QCOMPARE(load(a + "\n" + b), (Ints{-1, 1, 1, 1})); // the rows above a bad line stay
+        QCOMPARE(load(a + "x\t1\tX\t1\t1\t1\n" + b), (Ints{-1, 1, 1, 1})); // six columns
+        QCOMPARE(load(a + b.chopped(1) + "\t\n"), (Ints{-1, 1, 1, 1}));    // eight: a trailing tab
+        QCOMPARE(load(""), (Ints{0, 0, 0, 0}));
+        QVERIFY(QFile::remove(root.path(tablePath)));
+        QCOMPARE(load(QByteArray()), (Ints{0, 0, 0, 0})); // a missing file is made empty
         QVERIFY(root.exists(tablePath));
-        QCOMPARE(root.readFile(tablePath), content);
-    }
 
-    void languageLookupsAndReloads()
-    {
-        TestDeviceRoot root;
         // "x" is display-only; "en" is the third row but the second recognition row
-        QCOMPARE(loadTable(root, "zh\t1\tChinese\t1\t1\t1\t0\nx\t5\tName\t0\t0\t1\t0\n"
-                                 "en\t101\tEnglish\t1\t0\t0\t1\nde\t05\tGerman\t1\t1\t1\t0\n"),
-                 0);
+        QCOMPARE(load("zh\t1\tChinese\t1\t1\t1\t0\nx\t5\tName\t0\t0\t1\t0\n"
+                      "en\t101\tEnglish\t1\t0\t0\t1\nde\t05\tGerman\t1\t1\t1\t0\n"),
+                 (Ints{0, 3, 3, 1})); // the first match for 5, not "05"
         LanguageManager *m = LanguageManager::manager;
-        QCOMPARE(m->getShowLanByID(1), QStringLiteral("Name"));
         languageInfo info;
         QVERIFY(m->getInfoByID(1, info));
-        // the first match for 5, not "05"
-        QCOMPARE((QList<int>{m->getIntByID(1), m->getIDByLanINT(5), info.fileIndex}),
-                 (QList<int>{101, 1, 1}));
-        QCOMPARE(m->init(), 0);
+        QCOMPARE(m->getShowLanByID(1), QStringLiteral("Name"));
+        QCOMPARE((Ints{m->getIntByID(1), info.fileIndex}), (Ints{101, 1}));
+        QCOMPARE(m->init(), 0); // a reload adds the display rows again
         QCOMPARE(QPoint(m->getLanguageSize(), m->getShowLanSize()), QPoint(3, 6));
         // without its folder the table can be neither read nor made
         QVERIFY(QDir(root.path("/apps/config")).removeRecursively());
-        QCOMPARE(loadTable(root, QByteArray()), -1);
+        QCOMPARE(load(QByteArray()), (Ints{-1, 0, 0, 0}));
     }
 
     void traceLines()
@@ -408,37 +380,28 @@ private slots:
         QString expected;
         for (int i = 0; i < 6; ++i)
             expected +=
-                QString::asprintf("\033[3%cm[hh:mm:ss PID:%d TID:%ld %c/LOG]  "
-                                  "[tst_storage.cpp: %d : (emitLines)]  value 42 of x\033[0m\n",
+                QString::asprintf("\033[3%cm[hh:mm:ss PID:%d TID:%ld %c/LOG]  [tst_storage.cpp: "
+                                  "%d : (emitLines)]  value 42 of x\033[0m\n",
                                   "263"[i % 3], getpid(), tids[i / 3], "DIW"[i % 3], first + i % 3);
         QCOMPARE(text, expected);
     }
 
-    void devicePaths_data()
-    {
-        QTest::addColumn<QByteArray>("root");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("no-root") << QByteArray() << "/mnt/mmc";
-        QTest::newRow("root-in-front") << QByteArray("/tmp/dev") << "/tmp/dev/mnt/mmc";
-        QTest::newRow("trailing-slash") << QByteArray("/tmp/dev//") << "/tmp/dev/mnt/mmc";
-        QTest::newRow("quote-blank-dollar")
-            << QByteArray("/t/it's $HOME") << "/t/it's $HOME/mnt/mmc";
-    }
+    // mapped twice a path stays put, the pen's own path comes back from it, and quoted for
+    // system() the shell hands it back byte for byte
     void devicePaths()
     {
-        QFETCH(QByteArray, root);
-        QFETCH(QString, expected);
         const TestDeviceRoot restores; // puts RECORDER_ROOT back afterwards
-        root.isEmpty() ? qunsetenv("RECORDER_ROOT") : qputenv("RECORDER_ROOT", root);
-        const QString mapped = devicePath(QStringLiteral("/mnt/mmc"));
-        // mapped twice stays put, and the pen's own path comes back from it
-        QCOMPARE(QStringList({mapped, devicePath(mapped), penPath(mapped)}),
-                 QStringList({expected, expected, "/mnt/mmc"}));
-        // quoted for system(), the shell hands the path back byte for byte
-        QProcess shell;
-        shell.start("sh", {"-c", "printf '%s' " + QString::fromUtf8(shellQuoted(mapped))});
-        QVERIFY(shell.waitForFinished(60000));
-        QCOMPARE(QString::fromUtf8(shell.readAllStandardOutput()), mapped);
+        for (const char *root : {"", "/tmp/dev", "/tmp/dev//", "/t/it's $HOME"}) {
+            *root ? qputenv("RECORDER_ROOT", root) : qunsetenv("RECORDER_ROOT");
+            const QString mapped = devicePath(QStringLiteral("/mnt/mmc"));
+            const QString expected = QString(root).remove(QRegularExpression("/*$")) + "/mnt/mmc";
+            QCOMPARE(QStringList({mapped, devicePath(mapped), penPath(mapped)}),
+                     QStringList({expected, expected, "/mnt/mmc"}));
+            QProcess shell;
+            shell.start("sh", {"-c", "printf '%s' " + QString::fromUtf8(shellQuoted(mapped))});
+            QVERIFY(shell.waitForFinished(60000));
+            QCOMPARE(QString::fromUtf8(shell.readAllStandardOutput()), mapped);
+        }
     }
 
     void clockText()
@@ -452,7 +415,9 @@ private slots:
             QCOMPARE(QString::fromLatin1(sec2string(edge.first, out)), edge.second);
     }
 
-    void logLines()
+    // the log sink, the space record, and the music list without a card (which songs are listed,
+    // and in what order: tst_startupmusiclist)
+    void deviceFiles()
     {
         TestDeviceRoot root;
         QVERIFY(root.writeFile("/mnt/mmc/recorderlog.txt", "old line\n"));
@@ -464,6 +429,13 @@ private slots:
         QCOMPARE(
             root.readFile("/mnt/mmc/recorderlog.txt"),
             QByteArray("old line\nDebug: one\nWarning: two %1\nCritical: three\nFatal: four\n"));
+        writeSpaceToFile(-12);
+        QCOMPARE(root.readFile("/apps/config/space.ini"), QByteArray("-12").leftJustified(16, 0));
+        QVERIFY(root.writeFile("/apps/config/musiclist.txt", "/mnt/mmc/gone.mp3\n"));
+        QVERIFY(QDir(root.path("/mnt/mmc")).removeRecursively());
+        scanmusic();
+        QVERIFY(root.exists("/apps/config/musiclist.txt"));
+        QCOMPARE(root.readFile("/apps/config/musiclist.txt"), QByteArray());
     }
 
     void freeSpace()
@@ -487,25 +459,9 @@ private slots:
         QCOMPARE(get_free("/x", nullptr, nullptr, 0, 0), 0x80000000u);
         setStatfsSource(nullptr);
         setStatvfsSource(nullptr);
-        TestDeviceRoot root;
-        writeSpaceToFile(-12);
-        QCOMPARE(root.readFile("/apps/config/space.ini"),
-                 QByteArray("-12\0\0\0\0\0\0\0\0\0\0\0\0\0", 16));
     }
 
-    // which songs are listed, and in what order: tst_startupmusiclist
-    void musicListWithoutCard()
-    {
-        TestDeviceRoot root;
-        QVERIFY(root.writeFile("/apps/config/musiclist.txt", "/mnt/mmc/gone.mp3\n"));
-        // without a card the list is emptied
-        QVERIFY(QDir(root.path("/mnt/mmc")).removeRecursively());
-        scanmusic();
-        QVERIFY(root.exists("/apps/config/musiclist.txt"));
-        QCOMPARE(root.readFile("/apps/config/musiclist.txt"), QByteArray());
-    }
-
-    void encodedLengths()
+    void audioInfo()
     {
         TestDeviceRoot root;
         const QString wav = root.path("/mnt/mmc/a.wav"), mp3 = root.path("/mnt/mmc/a.mp3");
@@ -529,7 +485,8 @@ private slots:
         QVERIFY(audio.startsWith("\xff\xfb") && (audio[43] & 1));
         const long stated = qFromBigEndian<quint32>(audio.constData() + 44);
         audioinfo out;
-        QCOMPARE(getaudioinfo(QFile::encodeName(mp3).constData(), &out), 0);
+        const QByteArray path = QFile::encodeName(mp3);
+        QCOMPARE(getaudioinfo(path, &out), 0);
         QCOMPARE(out.seconds, int(stated * 1152 / 44100));
         QCOMPARE(QByteArray(out.name), QByteArray("A Title"));
         QCOMPARE(QByteArray(out.Artist), QByteArray("Somebody With A Long Artist N"));
@@ -537,30 +494,20 @@ private slots:
         audio[43] = 0; // no count: the info frame is walked over, never counted as audio
         QCOMPARE(frames(audio).milliseconds, stated * 1152 * 1000 / 44100);
         QCOMPARE(frames(root.readFile("/mnt/mmc/a.mp3-bare")).frames, stated);
-    }
 
-    void brokenInputs_data()
-    {
-        QTest::addColumn<QString>("path");     // null: no path at all
-        QTest::addColumn<QByteArray>("bytes"); // written to a.mp3 unless null
-        QTest::addColumn<int>("result");
+        // broken files: empty, shorter than 128 bytes, cut mid-frame; none, a folder, no path
         const QByteArray frame = QByteArray::fromHex("fffb9000") + QByteArray(413, '\0');
-        QTest::newRow("empty") << "a.mp3" << QByteArray("") << -1;
-        QTest::newRow("shorter-than-128") << "a.mp3" << QByteArray(127, '\xff') << -1;
-        QTest::newRow("truncated-mid-frame") << "a.mp3" << frame.repeated(10).chopped(200) << 0;
-        QTest::newRow("missing") << "a.mp3" << QByteArray() << -3;
-        QTest::newRow("folder") << "" << QByteArray() << -1;
-        QTest::newRow("null-path") << QString() << QByteArray() << -5;
-    }
-    void brokenInputs()
-    {
-        QFETCH(QString, path);
-        QFETCH(QByteArray, bytes);
-        TestDeviceRoot root;
-        QVERIFY(bytes.isNull() || root.writeFile("/mnt/mmc/a.mp3", bytes));
-        audioinfo out{};
-        const QByteArray name = QFile::encodeName(root.path("/mnt/mmc/" + path));
-        QTEST(getaudioinfo(path.isNull() ? nullptr : name.constData(), &out), "result");
+        Ints results;
+        for (const QByteArray &broken :
+             {QByteArray(""), QByteArray(127, '\xff'), frame.repeated(10).chopped(200)}) {
+            QVERIFY(root.writeFile("/mnt/mmc/a.mp3", broken));
+            results << getaudioinfo(path, &out);
+        }
+        QVERIFY(QFile::remove(mp3));
+        results << getaudioinfo(path, &out)
+                << getaudioinfo(QFile::encodeName(root.path("/mnt/mmc")), &out)
+                << getaudioinfo(nullptr, &out);
+        QCOMPARE(results, (Ints{-1, -1, 0, -3, -1, -5}));
     }
 };
 
