@@ -22,7 +22,6 @@
 #include <sys/stat.h>
 #include <sys/statfs.h>
 #include <sys/statvfs.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -55,7 +54,7 @@ void addFiles(RecFileManager &m, const TestDeviceRoot &root, const QStringList &
 // the three trace levels on consecutive lines; notes the kernel thread id, returns the first line
 int emitLines(long *tid)
 {
-    *tid = syscall(SYS_gettid);
+    *tid = gettid();
     const int first = __LINE__ + 1;
     LOGD("value %d of %s", 42, "x");
     LOGI("value %d of %s", 42, "x");
@@ -74,11 +73,36 @@ class TestStorage : public QObject
 {
     Q_OBJECT
 private slots:
-    // the next name goes on from the newest recording's number of the day, past files on the card
-    void namesAndIndex()
+    // one list: the play lengths, renames, the next name, the current index and removals
+    void recordingList()
     {
-        TestDeviceRoot root;
+        TestDeviceRoot root("device"); // "/.." leads into the temporary folder
         RecFileManager m;
+        addFiles(m, root, {"b.txt", "float.wav", "short.wav", "240131.wav"});
+        QVERIFY(root.writeFile(folder + "240131.wav", wav + QByteArray(176400 * 10, '\0')));
+        QVERIFY(root.writeFile(folder + "short.wav", wav)); // the header alone
+        QVERIFY(root.writeFile(folder + "float.wav",
+                               QByteArray(wav).replace(20, 1, "\3") + QByteArray(352800, '\0')));
+        QStringList lengths;
+        const QByteArray said = captured(STDOUT_FILENO, [&] {
+            for (int i = 0; i < 4; ++i)
+                lengths << m.getFileDuration(i);
+        });
+        QCOMPARE(lengths, QStringList({"00:10", " ", " ", "null"}));
+        QCOMPARE(said, QByteArray("not wav file\n"));
+        QCOMPARE(m.renameRecFile(0, "SHORT"), 2); // its lower-case twin exists
+        QCOMPARE(m.renameRecFile(0, "../escape"), 1);
+        QCOMPARE(m.renameRecFile(0, QStringLiteral("cut") + QChar(0) + "short"), 1);
+        QCOMPARE(m.renameRecFile(0, "Memo"), 0);
+        QVERIFY(root.exists(folder + "Memo.wav") && !root.exists(folder + "240131.wav"));
+        QVERIFY(!root.exists(folder + "cut.wav") && !root.exists("/mnt/mmc/escape.wav"));
+        QCOMPARE(root.recordingList().mid(0, 2),
+                 QStringList({folder + "Memo.wav", folder + "short.wav"}));
+        QVERIFY(root.writeFile(folder + "Memo.wav", wav)); // computed once: the length stays
+        QCOMPARE(m.getFileDuration(0), QStringLiteral("00:10"));
+
+        // the next name goes on from the newest recording's number of the day, past files on the
+        // card
         const auto next = [&m] { return QFileInfo(m.newFileName(QDate(2024, 1, 31))).fileName(); };
         addFiles(m, root, {"240131_9.mp3", "240130_4.mp3"}); // only the newest one counts
         QCOMPARE(next(), "240131.mp3");
@@ -91,37 +115,28 @@ private slots:
         addFiles(m, root, {"240131_2147483647.mp3"}); // the largest int counts on
         QCOMPARE(next(), "240131_2147483648.mp3");
         m.setCurFileIndex(0); // the current index is counted from the oldest end
-        QCOMPARE(m.getCurFileIndex(), 4);
-    }
+        QCOMPARE(m.getCurFileIndex(), 8);
 
-    void renameAndLengths()
-    {
-        TestDeviceRoot root;
-        RecFileManager m;
-        addFiles(m, root, {"b.txt", "float.wav", "short.wav", "240131.wav"});
-        QVERIFY(root.writeFile(folder + "240131.wav", wav + QByteArray(176400 * 10, '\0')));
-        QVERIFY(root.writeFile(folder + "short.wav", wav)); // the header alone
-        QVERIFY(root.writeFile(folder + "float.wav",
-                               QByteArray(wav).replace(20, 1, "\3") + QByteArray(352800, '\0')));
-        QStringList lengths;
-        const QByteArray said = captured(STDOUT_FILENO, [&] {
-            for (int i = 0; i < m.getFileNum(); ++i)
-                lengths << m.getFileDuration(i);
-        });
-        QCOMPARE(lengths, QStringList({"00:10", " ", " ", "null"}));
-        QCOMPARE(said, QByteArray("not wav file\n"));
+        // a recording whose file is already gone leaves the list; nothing is selected then
+        RecFileManager one;
+        addFiles(one, root, {"gone.mp3"});
+        QVERIFY(QFile::remove(root.path(folder + "gone.mp3")));
+        QCOMPARE(one.removeAt(0), 0);
+        QCOMPARE(one.getFileNum(), 0);
+        QCOMPARE(one.getCurFileIndex(), 0); // 0 - (-1) - 1
 
-        QVERIFY(root.writeFile(folder + "talk.wav", "other"));
-        QCOMPARE(m.renameRecFile(0, "TALK"), 2); // its lower-case twin exists
-        QCOMPARE(m.renameRecFile(0, "../escape"), 1);
-        QCOMPARE(m.renameRecFile(0, QStringLiteral("cut") + QChar(0) + "short"), 1);
-        QCOMPARE(m.renameRecFile(0, "Memo"), 0);
-        QCOMPARE(QDir(root.path(folder)).entryList(QDir::Files, QDir::Name),
-                 QStringList({"Memo.wav", "b.txt", "float.wav", "short.wav", "talk.wav"}));
-        QCOMPARE(root.readFile(listPath),
-                 listBytes({"Memo.wav", "short.wav", "float.wav", "b.txt"}));
-        QVERIFY(root.writeFile(folder + "Memo.wav", wav)); // computed once: the length stays
-        QCOMPARE(m.getFileDuration(0), QStringLiteral("00:10"));
+        // never a file outside the recordings folder
+        const QStringList outside{"/apps/config/config.ini", "/mnt/mmc/e_Recorder/../x.txt",
+                                  "/../outside.txt", "/mnt/mmc/e_Recorder2/y.mp3"};
+        for (const QString &path : outside)
+            QVERIFY(root.writeFile(path, "keep"));
+        QVERIFY(root.writeFile(listPath, outside.join('\n').toUtf8()));
+        QCOMPARE(m.init(), 0);
+        QCOMPARE(m.getFileNum(), outside.size());
+        for (int i = 0; i < outside.size(); ++i)
+            QCOMPARE(m.removeAt(i), -1);
+        for (const QString &path : outside)
+            QCOMPARE(root.readFile(path), QByteArray("keep"));
     }
 
     void listFile_data()
@@ -160,28 +175,6 @@ private slots:
         QCOMPARE(root.readFile(listPath + ".bak"), backedUp ? bytes : QByteArray());
         QCOMPARE(m.flush(), 0); // one backup only
         QVERIFY(!root.exists(listPath + ".bak1"));
-    }
-
-    void removesOnlyRecordings()
-    {
-        TestDeviceRoot root("device"); // "/.." leads into the temporary folder
-        RecFileManager m;
-        addFiles(m, root, {"gone.mp3"}); // a recording whose file is already gone leaves the list
-        QVERIFY(QFile::remove(root.path(folder + "gone.mp3")));
-        QCOMPARE(m.removeAt(0), 0);
-        QCOMPARE(m.getFileNum(), 0);
-        QCOMPARE(m.getCurFileIndex(), 0); // 0 - (-1) - 1: nothing is selected
-        const QStringList outside{"/apps/config/config.ini", "/mnt/mmc/e_Recorder/../x.txt",
-                                  "/../outside.txt", "/mnt/mmc/e_Recorder2/y.mp3"};
-        for (const QString &path : outside)
-            QVERIFY(root.writeFile(path, "keep"));
-        QVERIFY(root.writeFile(listPath, outside.join('\n').toUtf8()));
-        QCOMPARE(m.init(), 0);
-        QCOMPARE(m.getFileNum(), outside.size());
-        for (int i = 0; i < outside.size(); ++i)
-            QCOMPARE(m.removeAt(i), -1);
-        for (const QString &path : outside)
-            QCOMPARE(root.readFile(path), QByteArray("keep"));
     }
 
     void failedWritesLoseNothing_data()
