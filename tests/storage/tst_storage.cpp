@@ -226,42 +226,6 @@ private slots:
         QCOMPARE(root.readFile(tablePath), table);
     }
 
-    void killedWhileAdding()
-    {
-        TestDeviceRoot root;
-        QFile journal(root.path("/journal"));
-        for (int round = 0; round < 10; ++round) {
-            const qint64 noted = journal.size();
-            const pid_t pid = ::fork();
-            if (pid == 0) {
-                // adds recordings until killed, noting each one once it has been flushed
-                RecFileManager m;
-                m.init();
-                journal.open(QIODevice::Append | QIODevice::Unbuffered);
-                for (int i = 0;; ++i) {
-                    const QString name = QStringLiteral("k%1_%2.mp3").arg(round).arg(i);
-                    addFiles(m, root, {name});
-                    journal.write(name.toUtf8() + '\n');
-                }
-            }
-            QVERIFY(pid > 0);
-            {
-                // reaped in any case
-                const auto reap = qScopeGuard([pid] {
-                    ::kill(pid, SIGKILL);
-                    ::waitpid(pid, nullptr, 0);
-                });
-                QTRY_VERIFY(journal.size() > noted);
-                ::usleep(QRandomGenerator::global()->bounded(30000));
-            }
-            QCOMPARE(RecFileManager().init(), 0);
-            const QStringList list = root.recordingList();
-            for (const QString &name :
-                 QString(root.readFile("/journal")).split('\n', Qt::SkipEmptyParts))
-                QVERIFY2(list.contains(folder + name), qPrintable(name));
-        }
-    }
-
     void settingsStore_data()
     {
         QTest::addColumn<QByteArray>("ini"); // below [RecorderSet]; null: no file
@@ -296,26 +260,6 @@ private slots:
         for (const char *key : {"Format", "LoopMode", "Mode", "PlayVolume", "Quality"})
             written += key + ('=' + QByteArray::number(values.takeFirst())) + '\n';
         QCOMPARE(root.readFile(path), "[RecorderSet]\n" + (rewritten ? written : ini));
-    }
-
-    void soundRecord()
-    {
-        TestDeviceRoot root;
-        const QString record = QStringLiteral("/apps/config/sndcfg.ini");
-        vol_strcut cfg{1, 1};
-        QCOMPARE(readCfg(&cfg), -1); // no record yet: the defaults
-        QCOMPARE(QPoint(cfg.speaker_volume, cfg.mic_volume), QPoint(60, 60));
-        cfg = {17, -3};
-        QCOMPARE(writeCfg(&cfg), 0);
-        QCOMPARE(root.readFile(record).size(), 8);
-        cfg = {0, 0};
-        QCOMPARE(readCfg(&cfg), 0);
-        QCOMPARE(QPoint(cfg.speaker_volume, cfg.mic_volume), QPoint(17, -3));
-        QVERIFY(root.writeFile(record, root.readFile(record).left(4))); // truncated
-        QCOMPARE(readCfg(&cfg), -1);
-        // a folder in its place cannot be written
-        QVERIFY(QFile::remove(root.path(record)) && QDir().mkpath(root.path(record)));
-        QCOMPARE(writeCfg(&cfg), -1);
     }
 
     // init()'s result and the recognition and display rows; an unknown number gives the position
@@ -408,11 +352,26 @@ private slots:
             QCOMPARE(QString::fromLatin1(sec2string(edge.first, out)), edge.second);
     }
 
-    // the log sink, the space record, and the music list without a card (which songs are listed,
-    // and in what order: tst_startupmusiclist)
+    // the sound record, the log sink, the space record, and the music list without a card (which
+    // songs are listed, and in what order: tst_startupmusiclist)
     void deviceFiles()
     {
         TestDeviceRoot root;
+        const QString record = QStringLiteral("/apps/config/sndcfg.ini");
+        vol_strcut cfg{1, 1};
+        QCOMPARE(readCfg(&cfg), -1); // no record yet: the defaults
+        QCOMPARE(QPoint(cfg.speaker_volume, cfg.mic_volume), QPoint(60, 60));
+        cfg = {17, -3};
+        QCOMPARE(writeCfg(&cfg), 0);
+        QCOMPARE(root.readFile(record).size(), 8);
+        cfg = {0, 0};
+        QCOMPARE(readCfg(&cfg), 0);
+        QCOMPARE(QPoint(cfg.speaker_volume, cfg.mic_volume), QPoint(17, -3));
+        QVERIFY(root.writeFile(record, root.readFile(record).left(4))); // truncated
+        QCOMPARE(readCfg(&cfg), -1);
+        // a folder in its place cannot be written
+        QVERIFY(QFile::remove(root.path(record)) && QDir().mkpath(root.path(record)));
+        QCOMPARE(writeCfg(&cfg), -1);
         QVERIFY(root.writeFile("/mnt/mmc/recorderlog.txt", "old line\n"));
         const QMessageLogContext context;
         customMessageHandler(QtDebugMsg, context, "one");
