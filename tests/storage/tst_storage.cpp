@@ -180,17 +180,17 @@ private slots:
     void failedWritesLoseNothing_data()
     {
         // made read-only (write-only for a file) for an unprivileged child that adds a recording
-        // (loads the list, the language table when that is the file); none: a full card, where
-        // no file may grow beyond the old list's size
-        QTest::addColumn<QString>("readOnly");
-        QTest::newRow("no-space-for-the-new-list") << QString();
-        QTest::newRow("read-only-config-folder") << "/apps/config";
-        QTest::newRow("unreadable-list-not-truncated") << listPath;
-        QTest::newRow("unreadable-language-table-not-truncated") << tablePath;
+        // (only loads the list and the language table when those are the files); none: a full
+        // card, where no file may grow beyond the old list's size
+        QTest::addColumn<QStringList>("readOnly");
+        QTest::newRow("no-space-for-the-new-list") << QStringList();
+        QTest::newRow("read-only-config-folder") << QStringList{"/apps/config"};
+        QTest::newRow("unreadable-list-and-table-not-truncated")
+            << QStringList{listPath, tablePath};
     }
     void failedWritesLoseNothing()
     {
-        QFETCH(QString, readOnly);
+        QFETCH(QStringList, readOnly);
         TestDeviceRoot root;
         const QByteArray list = listBytes({"b.mp3", "a.mp3"}),
                          table("en\t101\tEnglish\t1\t1\t1\t1\n");
@@ -199,8 +199,9 @@ private slots:
         QVERIFY(root.writeFile(listPath, list) && root.writeFile(tablePath, table));
         QVERIFY(::chmod(QFile::encodeName(root.root()), 0755) == 0);
         const bool full = readOnly.isEmpty();
-        QVERIFY(full || ::chmod(QFile::encodeName(root.path(readOnly)),
-                                QFileInfo(root.path(readOnly)).isDir() ? 0555 : 0222) == 0);
+        for (const QString &path : readOnly)
+            QVERIFY(::chmod(QFile::encodeName(root.path(path)),
+                            QFileInfo(root.path(path)).isDir() ? 0555 : 0222) == 0);
         const pid_t pid = ::fork();
         if (pid == 0) {
             std::signal(SIGXFSZ, SIG_IGN); // a full card: writes fail instead
@@ -209,19 +210,17 @@ private slots:
             if (setrlimit(RLIMIT_FSIZE, &limit) != 0 ||
                 (!full && geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0)))
                 _exit(99);
-            if (readOnly == tablePath)
-                _exit(LanguageManager::Instance()->init() == -1 ? 0 : 1);
+            if (readOnly.contains(listPath))
+                _exit(RecFileManager().init() != -1 || LanguageManager::Instance()->init() != -1);
             RecFileManager m;
             const int loaded = m.init();
-            if (readOnly == listPath)
-                _exit(loaded == -1 ? 0 : 1);
             m.addNewFileToList(root.path(folder + "c.mp3"));
             // nothing is lost in memory, and the failure is reported
-            _exit(loaded == 0 && m.getFileNum() == 3 && m.flush() == -1 ? 0 : 1);
+            _exit(loaded != 0 || m.getFileNum() != 3 || m.flush() != -1);
         }
         int status = -1;
         QCOMPARE(::waitpid(pid, &status, 0), pid);
-        QCOMPARE(status, 0); // the child's checks held
+        QCOMPARE(status, 0); // the child's checks held: it exited with 0
         QCOMPARE(root.readFile(listPath), list);
         QCOMPARE(root.readFile(tablePath), table);
     }
