@@ -211,7 +211,8 @@ private slots:
                     source.endsWith(' ') != text.endsWith(' '))
                     faults << copy + ": " + m.captured(0);
             }
-            QCOMPARE(messages, content.count("<message>"));
+            // every message matched, numerus forms too (they would need reading here)
+            QCOMPARE(messages, content.count("<message"));
         }
         QVERIFY2(faults.isEmpty(), qPrintable(faults.join('\n')));
     }

@@ -90,6 +90,11 @@ private slots:
         });
         QCOMPARE(lengths, QStringList({"00:10", " ", " ", "null"}));
         QCOMPARE(said, QByteArray("not wav file\n"));
+        for (const char *name : {"short.wav", "float.wav"}) {
+            char text[16] = "untouched"; // a length that cannot be measured is written all the same
+            getWaveDuration(QFile::encodeName(root.path(folder + name)), text);
+            QCOMPARE(QString::fromLatin1(text), QStringLiteral(" "));
+        }
         QCOMPARE(m.renameRecFile(0, "SHORT"), 2); // its lower-case twin exists
         QCOMPARE(m.renameRecFile(0, "../escape"), 1);
         QCOMPARE(m.renameRecFile(0, QStringLiteral("cut") + QChar(0) + "short"), 1);
