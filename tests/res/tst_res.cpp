@@ -1,41 +1,168 @@
-// The resources: every text of the program translated and the language chosen at start-up (the
-// translated screens fitting the display: tst_screensfit; what cmake --install lays out is checked
-// with mkroot, which uses it).
+// The resources: every text of the program translated, the language chosen at start-up, and every
+// screen of the recorder in that language drawn in the stand-ins for the pen's fonts: the help
+// text ends before the time, the options menu's texts (each row highlighted in turn) stay on
+// screen, off the slider and clear of the arrows, the dialogs' texts inside their boxes; and the
+// same screen comes out as the same pixels here (offscreen) and from the program under Xvfb.
+// What cmake --install lays out is checked with mkroot, which uses it.
+#include "../recorder/xserver.h"
 #include "app/startup.h"
 #include "recorder/recordmainwnd.h"
+#include "recorderprocess.h"
+#include "screenpixels.h"
 #include "storage/languagemanager.h"
 #include "testdeviceroot.h"
+#include "widgets/itemmenu.h"
+#include "widgets/kospinbox.h"
+#include "widgets/kospinslide.h"
+#include "widgets/messagedialog.h"
+#include "widgets/penfonts.h"
+#include "widgets/yesnoselect.h"
 
-#include <QApplication>
-#include <QFile>
-#include <QFileInfo>
-#include <QProcess>
-#include <QTemporaryDir>
-#include <QTest>
-#include <QTranslator>
-#include <QXmlStreamReader>
+#include <QtTest>
+#include <QtWidgets>
 
 namespace {
 
-const char idleHelp[] = "Press OK to Record";
-
 // The translations of the start-up table, in its order: list positions 0..7 of the sample
 // language table choose them in this order too.
-const QStringList names{"zh_CN", "en_US", "Ger", "Fre", "Ita", "Rus", "zh_TW", "Spa"};
+const QStringList languages{"zh_CN", "en_US", "Ger", "Fre", "Ita", "Rus", "zh_TW", "Spa"};
+const char idleHelp[] = "Press OK to Record";
+const QRect display(0, 0, 256, 64);
+// a screen grabbed this big shows what runs off the display's right and bottom edges
+const QSize canvas(320, 96);
 
-QString builtTranslation(const QString &name)
+QString translated(const char *text, const char *context = "RecordMainWnd")
 {
-    return QM_DIR "/recorder_" + name + ".qm";
+    return QCoreApplication::translate(context, text);
 }
 
-// Puts the built translations and the menu's background where the device keeps them.
-bool installResources(const TestDeviceRoot &root)
+// Lit pixels of the widget grabbed on the big canvas, its sliders shown or hidden.
+QImage canvasMask(QWidget &screen, bool sliders)
 {
-    bool ok = QFile::copy(RES_SOURCE_DIR "/pics/settings2.png",
-                          root.path("/apps/res/pics/settings2.png"));
-    for (const QString &name : names)
-        ok &= QFile::copy(builtTranslation(name), root.path("/apps/res/recorder_" + name + ".qm"));
-    return ok;
+    const QSize size = screen.size();
+    screen.resize(canvas);
+    for (QSlider *slider : screen.findChildren<QSlider *>())
+        slider->setVisible(sliders);
+    QImage mask = litMask(screen.grab().toImage());
+    for (QSlider *slider : screen.findChildren<QSlider *>())
+        slider->setVisible(true);
+    screen.resize(size);
+    return mask;
+}
+
+QImage offDisplay()
+{
+    QImage mask(canvas, QImage::Format_Grayscale8);
+    mask.fill(255);
+    QPainter(&mask).fillRect(display, Qt::black);
+    return mask;
+}
+
+// The menu's texts are what its rows draw beyond the same rows with blank texts; the slider and
+// the arrows are what the blank rows draw beyond the background picture. Each row highlighted.
+void checkMenu(RecordMainWnd &window, const QString &picture)
+{
+    window.newRecordOptionWnd();
+    ItemMenu *menu = window.getOptionMenu();
+    QVERIFY(menu);
+    ItemMenu background, blank;
+    for (SpinItems *row : menu->findChildren<SpinItems *>()) {
+        SpinItems *twin = qobject_cast<KoSpinSlide *>(row)
+                              ? static_cast<SpinItems *>(new KoSpinSlide(&blank))
+                              : new KoSpinBox(&blank);
+        twin->setText1(QString());
+        twin->addItem(QVector<QString>(row->getCurIndex() + 1));
+        twin->setCurIndex(row->getCurIndex());
+        blank.addItem(twin);
+    }
+    for (int current = 0; current < blank.findChildren<SpinItems *>().size(); ++current) {
+        menu->setCurIndex(current);
+        blank.setCurIndex(current);
+        shoot(*menu, picture + QString::number(current));
+        const QImage text = maskWithout(canvasMask(*menu, false), canvasMask(blank, false));
+        const QImage sliders = maskWithout(canvasMask(blank, true), canvasMask(blank, false));
+        const QImage arrows = maskWithout(canvasMask(blank, false), canvasMask(background, false));
+        // each layer is there at all
+        for (const QImage *layer : {&text, &sliders, &arrows})
+            QVERIFY(maskMeet(*layer, *layer).x() >= 0);
+        const std::pair<QImage, const char *> keepOff[] = {
+            {offDisplay(), "off the screen"},
+            {sliders, "under the slider"},
+            {maskGrown(arrows, 2), "within 2 pixels of an arrow"}};
+        for (const auto &[other, what] : keepOff) {
+            const QPoint p = maskMeet(text, other);
+            QVERIFY2(p.x() < 0, qPrintable(QString::asprintf("row %d: text at (%d, %d) %s", current,
+                                                             p.x(), p.y(), what)));
+        }
+    }
+}
+
+// Wrapped in its box by the painter, which neither clips nor scrolls.
+void checkBoxed(const QFont &font, const QRect &box, const QString &text)
+{
+    const QRect used =
+        QFontMetrics(font).boundingRect(box, Qt::AlignCenter | Qt::TextWordWrap, text);
+    QVERIFY2(box.contains(used), qPrintable(text));
+}
+
+void checkDialogs(const QString &picture)
+{
+    const QString asked = translated("Do you want to save recording?");
+    YesnoSelect question(asked, translated("Yes"), translated("No"), nullptr);
+    shoot(question, picture + "question");
+    const QFontMetrics metrics(question.font()); // the font it painted with
+    if (asked.length() >= 34)
+        checkBoxed(question.font(), QRect(1, 1, 246, 40), asked);
+    else
+        QVERIFY2(metrics.horizontalAdvance(asked) <= display.width(), qPrintable(asked));
+    // the mark left of the first answer, the second answer right of the middle
+    QVERIFY(display.width() / 2 - metrics.horizontalAdvance(translated("Yes")) - 18 >= 0);
+    QVERIFY2(maskMeet(canvasMask(question, true), offDisplay()).x() < 0, "answers off screen");
+    const QStringList messages{
+        translated("No enough disk space."),
+        translated("Exceed the maximum file number, please remove some files."),
+        translated("Recording") + translated(" [") + "231123_12.mp3" + translated("] ") +
+            translated("save to library"),
+        translated("No enough storage space, please remove some files.", "main"),
+        translated("The file is too big, please create new file!", "MyEdit")};
+    for (int i = 0; i < messages.size(); ++i) {
+        MessageDialog message(nullptr, messages.at(i), 0);
+        shoot(message, picture + "message" + QString::number(i + 1));
+        checkBoxed(message.font(), QRect(0, 0, 246, 60), messages.at(i));
+    }
+}
+
+// The program under Xvfb draws its idle screen and options menu with the stand-in family, to the
+// very pixels drawn here offscreen.
+void sameUnderXvfb(const TestDeviceRoot &root, RecordMainWnd &window, const QImage &idle)
+{
+    if (QStandardPaths::findExecutable("Xvfb").isEmpty() ||
+        QStandardPaths::findExecutable("xwdtopnm").isEmpty())
+        QSKIP("Xvfb or netpbm is not installed (scripts/setup)");
+    XServer x;
+    QVERIFY2(x.start(), "no Xvfb could be started");
+    RecorderProcess recorder(root.root());
+    recorder.showOn(x.display());
+    QVERIFY(recorder.start());
+    // "nits" stands for the family loaded from the device root here; a program drawing with
+    // another font shows other pixels
+    QCOMPARE(QFontInfo(QFont("nits")).family(), loadPenFonts());
+    // the last picture taken under X stays for a look when they never agree
+    const auto there = [&x](const QString &name) {
+        QImage screen = x.grab().copy(display).convertToFormat(QImage::Format_RGB32);
+        screen.save(screensDir() + "/same_xcb_" + name + ".png");
+        return screen;
+    };
+    QTRY_VERIFY_WITH_TIMEOUT(there("idle") == idle.convertToFormat(QImage::Format_RGB32), 60000);
+    // the options menu as it opens (pressed on only then), and on its second row: bold, the slider
+    // and the arrows too
+    for (int row = 0; row < 2; ++row) {
+        QVERIFY(x.pressKey(recorder.pid(), row ? "Down" : "F12"));
+        window.getOptionMenu()->setCurIndex(row);
+        const QImage menu = shoot(*window.getOptionMenu(), "same_offscreen_menu");
+        QTRY_VERIFY_WITH_TIMEOUT(there("menu") == menu.convertToFormat(QImage::Format_RGB32),
+                                 60000);
+    }
 }
 
 } // namespace
@@ -47,88 +174,97 @@ class TestResources : public QObject
 private slots:
     void initTestCase() { QApplication::setPalette(recorderPalette()); }
 
-    // lupdate brings a copy of the source up to date with the program's code: a text added to the
-    // code appears in it as unfinished, one no longer used is dropped.
-    void everyTextTranslated_data()
-    {
-        QTest::addColumn<QString>("name");
-        for (const QString &name : names)
-            QTest::newRow(qPrintable(name)) << name;
-    }
+    // lupdate brings copies of the sources up to date with the program's code: a text added to
+    // the code appears in them as unfinished, one no longer used is dropped.
     void everyTextTranslated()
     {
-        QFETCH(QString, name);
         QTemporaryDir dir;
-        const QString copy = dir.filePath("recorder_" + name + ".ts");
-        QVERIFY(QFile::copy(RES_SOURCE_DIR "/recorder_" + name + ".ts", copy));
-        QVERIFY(QFile::setPermissions(copy, QFile::ReadOwner | QFile::WriteOwner));
-        QCOMPARE(QProcess::execute(LUPDATE_BIN,
-                                   {"-silent", "-no-obsolete", "-locations", "none",
-                                    SOURCE_DIR "/app", SOURCE_DIR "/recorder",
-                                    SOURCE_DIR "/widgets", SOURCE_DIR "/storage", "-ts", copy}),
-                 0);
-        QFile ts(copy);
-        QVERIFY(ts.open(QIODevice::ReadOnly));
-        QString source;
-        QStringList sources, faults;
-        for (QXmlStreamReader xml(&ts); !xml.atEnd();) {
-            if (xml.readNext() != QXmlStreamReader::StartElement)
-                continue;
-            if (xml.name() == QLatin1String("source"))
-                sources << (source = xml.readElementText());
-            if (xml.name() != QLatin1String("translation"))
-                continue;
-            const bool unfinished = xml.attributes().value("type") == QLatin1String("unfinished");
-            const QString text = xml.readElementText(QXmlStreamReader::IncludeChildElements);
-            // pieces glued into one message keep their blanks: " [", "] ", "Mid "
-            if (unfinished || text.isEmpty() || source.startsWith(' ') != text.startsWith(' ') ||
-                source.endsWith(' ') != text.endsWith(' '))
-                faults << "\"" + source + "\" -> \"" + text + (unfinished ? "\" unfinished" : "\"");
+        QStringList args{"-silent", "-no-obsolete", "-locations", "none"};
+        for (const char *code : {"/app", "/recorder", "/widgets", "/storage"})
+            args << SOURCE_DIR + QString(code);
+        args << "-ts";
+        const int first = args.size();
+        for (const QString &name : languages) {
+            args << dir.filePath("recorder_" + name + ".ts");
+            QVERIFY(QFile::copy(RES_SOURCE_DIR "/recorder_" + name + ".ts", args.last()));
+            QVERIFY(QFile::setPermissions(args.last(), QFile::ReadOwner | QFile::WriteOwner));
         }
-        // the scan found the program's texts at all
-        QVERIFY(sources.contains(idleHelp));
-        QVERIFY(sources.contains("No enough storage space, please remove some files."));
+        QCOMPARE(QProcess::execute(LUPDATE_BIN, args), 0);
+        const QRegularExpression message(
+            "<source>(.*)</source>\\s*<translation( type=\"unfinished\")?>(.*)</translation>");
+        QStringList faults;
+        for (const QString &copy : args.mid(first)) {
+            QFile ts(copy);
+            QVERIFY(ts.open(QIODevice::ReadOnly));
+            const QString content = QString::fromUtf8(ts.readAll());
+            // the scan found the program's texts at all, and each message is read here
+            QVERIFY2(content.contains(">Press OK to Record<") &&
+                         content.contains(">No enough storage space, please remove some files.<"),
+                     qPrintable(copy));
+            int messages = 0;
+            for (auto it = message.globalMatch(content); it.hasNext(); ++messages) {
+                const QRegularExpressionMatch m = it.next();
+                const QString source = m.captured(1), text = m.captured(3);
+                // pieces glued into one message keep their blanks: " [", "] ", "Mid "
+                if (m.capturedLength(2) || text.isEmpty() ||
+                    source.startsWith(' ') != text.startsWith(' ') ||
+                    source.endsWith(' ') != text.endsWith(' '))
+                    faults << copy + ": " + m.captured(0);
+            }
+            // every message matched, numerus forms too (they would need reading here)
+            QCOMPARE(messages, content.count("<message"));
+        }
         QVERIFY2(faults.isEmpty(), qPrintable(faults.join('\n')));
     }
 
-    void languageChoosesHelpText_data()
+    void screens_data()
     {
-        QTest::addColumn<int>("position");
-        QTest::addColumn<QString>("name");
-        for (int i = 0; i < names.size(); ++i)
-            QTest::addRow("position-%d-%s", i, qPrintable(names.at(i))) << i << names.at(i);
-        QTest::newRow("outside-the-table-is-english") << int(names.size()) << QString();
-        QTest::newRow("no-language-key-is-the-first") << -1 << names.first();
+        QTest::addColumn<int>("position"); // of "SystemSet/Lan"; -1: no key
+        QTest::addColumn<QString>("name"); // the translation it chooses; none: English
+        for (int i = 0; i < languages.size(); ++i)
+            QTest::addRow("%d-%s", i, qPrintable(languages.at(i))) << i << languages.at(i);
+        QTest::newRow("outside-the-table-is-english") << int(languages.size()) << QString();
+        QTest::newRow("no-language-key-is-the-first") << -1 << languages.first();
     }
-    // The idle screen under the language of "SystemSet/Lan", chosen as start-up chooses it.
-    void languageChoosesHelpText()
+    // The screens under the language of "SystemSet/Lan", chosen as start-up chooses it, in an
+    // installed device root.
+    void screens()
     {
         QFETCH(int, position);
         QFETCH(QString, name);
         TestDeviceRoot root;
-        QVERIFY(installResources(root));
-        QVERIFY(root.installLanguageTable());
-        QVERIFY(position < 0 ||
-                root.writeFile("/apps/config/config.ini",
-                               "[SystemSet]\nLan=" + QByteArray::number(position) + "\n"));
+        QCOMPARE(QProcess::execute("bash", {MKROOT, root.root(), BUILD_DIR}), 0);
+        QVERIFY(root.writeFile("/apps/config/config.ini",
+                               position < 0 ? QByteArray("[SystemSet]\n")
+                                            : "[SystemSet]\nLan=" + QByteArray::number(position)));
         LanguageManager::quitFun();
         QCOMPARE(LanguageManager::Instance()->init(), 0);
-        QTranslator translator;
+        QTranslator translator; // removes itself from the application when the test ends
         applyTranslation(*qApp, translator,
                          LanguageManager::Instance()->getLanIntByID(readSystemLanguage()));
-        const QString shown = RecordMainWnd(nullptr, 0).helpText();
-        QCoreApplication::removeTranslator(&translator);
-        LanguageManager::quitFun();
-
-        QString expected = idleHelp;
         QTranslator reference;
-        if (!name.isEmpty()) {
-            QVERIFY(reference.load(builtTranslation(name)));
-            expected = reference.translate("RecordMainWnd", idleHelp);
-            QVERIFY2(name == "en_US" || (!expected.isEmpty() && expected != idleHelp),
-                     "left in English");
+        QVERIFY(name.isEmpty() || reference.load(root.path("/apps/res/recorder_" + name + ".qm")));
+        const QString expected =
+            name.isEmpty() ? idleHelp : reference.translate("RecordMainWnd", idleHelp);
+        QVERIFY2(name.isEmpty() || name == "en_US" || (!expected.isEmpty() && expected != idleHelp),
+                 "left in English");
+        RecordMainWnd window(nullptr, 0);
+        QCOMPARE(window.helpText(), expected);
+        const QString picture = QStringLiteral("fit_%1_").arg(QTest::currentDataTag());
+        const QImage idle = shoot(window, picture + "idle");
+        const QFontMetrics metrics(window.font());
+        // the help line from x 10 and the time from x 190, both as their glyphs' pixels reach
+        const int timeStarts = 190 + metrics.boundingRect(window.getTimeText()).left();
+        for (const char *help : {"Press OK to Record", "Press OK to Continue", "Press OK to Pause",
+                                 "Press OK to Play"}) {
+            const int helpEnds = 10 + metrics.boundingRect(translated(help)).right();
+            QVERIFY2(timeStarts - helpEnds >= 4, qPrintable(translated(help)));
         }
-        QCOMPARE(shown, expected);
+        checkMenu(window, picture + "menu");
+        checkDialogs(picture);
+        // in Chinese, so that both scripts are compared
+        if (position == 0)
+            sameUnderXvfb(root, window, idle);
     }
 };
 
