@@ -359,7 +359,7 @@ private slots:
     }
 
     // the sound record, the log sink, the space record, and the music list without a card (which
-    // songs are listed, and in what order: tst_startupmusiclist)
+    // songs are listed, and in what order, is the start-up test's)
     void deviceFiles()
     {
         TestDeviceRoot root;
