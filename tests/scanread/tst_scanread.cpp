@@ -41,7 +41,6 @@ public:
     QStringList spoken;
 };
 
-// what the engines hand over from their own threads
 // what an engine handed over from its own thread: the calls are read once count says so
 struct Received
 {
@@ -152,9 +151,8 @@ private slots:
         QVERIFY(m_root.installEngines());
         QVERIFY(m_root.installLanguageTable());
         QCOMPARE(languageInit(), 0);
-        // English, the Latin recognition engine; the engines are made on first use
+        // English, the Latin recognition engine
         configure("[InfoListen]\nLan=1\n");
-        QVERIFY(OCRPen::ocr && TTSPlayer::player);
     }
 
     void cleanupTestCase()
@@ -313,30 +311,27 @@ private slots:
 
     void highlightTiming_data()
     {
-        QTest::addColumn<QList<int>>("pcmPositions");
-        QTest::addColumn<QList<int>>("reportTimesMs");
+        // each word's PCM position and the time it is reported at, in ms
+        QTest::addColumn<QList<int>>("reports");
         QTest::addColumn<bool>("inTranslation");
         QTest::addColumn<int>("lastDelay");
         // 16-bit samples at 22050 a second: 44100 bytes a second
-        QTest::newRow("10000-samples") << QList<int>{10000} << QList<int>{0} << false << 453;
+        QTest::newRow("10000-samples") << QList<int>{10000, 0} << false << 453;
         // 400 ms, then 100 ms reported 150 ms later: not before the first word
-        QTest::newRow("shorter-after-longer")
-            << QList<int>{8820, 11025} << QList<int>{0, 150} << false << 350;
-        QTest::newRow("in-translation") << QList<int>{10000} << QList<int>{0} << true << -1;
+        QTest::newRow("shorter-after-longer") << QList<int>{8820, 0, 11025, 150} << false << 350;
+        QTest::newRow("in-translation") << QList<int>{10000, 0} << true << -1;
     }
 
     void highlightTiming()
     {
-        QFETCH(QList<int>, pcmPositions);
-        QFETCH(QList<int>, reportTimesMs);
+        QFETCH(QList<int>, reports);
         QFETCH(bool, inTranslation);
         RecordingEdit edit;
         edit.setTTSFlagInTrans(inTranslation);
         int delay = 0;
-        for (int i = 0; i < pcmPositions.size(); ++i) {
-            const int ms = reportTimesMs.at(i);
-            delay = edit.highlightAt(i * 5, 4, pcmPositions.at(i),
-                                     {1000 + ms / 1000, ms % 1000 * 1000});
+        for (int i = 0; i < reports.size(); i += 2) {
+            const int ms = reports.at(i + 1);
+            delay = edit.highlightAt(i * 5, 4, reports.at(i), {1000 + ms / 1000, ms % 1000 * 1000});
         }
         QTEST(delay, "lastDelay");
         QCOMPARE(edit.nextHighlight() != nullptr, !inTranslation);
@@ -474,12 +469,10 @@ private slots:
         QList<int> got{ConfigReader::reader->getLanInfo(),
                        ConfigReader::reader->getScanDirectInfo()};
         for (const QString prefix : {"aLanguages=", "TTSPlayer::setLan", "in TTSPlayer::setSpeed",
-                                     "##########in TTSPlayer::setVolume---"}) {
-            for (const QString &message : qAsConst(messages)) {
+                                     "##########in TTSPlayer::setVolume---"})
+            for (const QString &message : qAsConst(messages))
                 if (message.startsWith(prefix))
                     got << message.mid(prefix.size()).trimmed().toInt();
-            }
-        }
         QCOMPARE(got, applied);
         QVERIFY(messages.contains("SetSpeed success"));
         // the language is written back even when it did not change
