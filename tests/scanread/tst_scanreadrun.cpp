@@ -16,13 +16,12 @@ constexpr int stepTimeoutMs = 60000;
 QRect selectionBox(const QImage &screen)
 {
     QRect box;
-    for (int x = 0; x < 250; ++x) {
+    for (int x = 0; x < 250; ++x)
         for (int y = 0, run = 0; y < 64 && run < 13; ++y) {
             run = lit(screen, x, y) ? run + 1 : 0;
             if (run == 13)
                 box = box.united(QRect(x, y - 12, 1, 13));
         }
-    }
     return box;
 }
 
@@ -64,11 +63,10 @@ class TestScanReadRun : public QObject
     bool scan(const QStringList &lines)
     {
         const QString folder = m_root.path("/mnt/mmc/.scanner/");
-        for (int i = 0; i < lines.size(); ++i) {
+        for (int i = 0; i < lines.size(); ++i)
             if (QProcess::execute(DEVSIM_BIN_DIR "/scanline",
                                   {lines.at(i), "--output", folder + QString(".%1.png").arg(i)}))
                 return false;
-        }
         for (int i = 0; i < lines.size(); ++i)
             QFile::rename(folder + QString(".%1.png").arg(i), folder + QString("%1.png").arg(i));
         return true;
@@ -77,10 +75,9 @@ class TestScanReadRun : public QObject
 private slots:
     void initTestCase()
     {
-        for (const char *tool : {"Xvfb", "xdotool", "xwdtopnm"}) {
+        for (const char *tool : {"Xvfb", "xdotool", "xwdtopnm"})
             if (QStandardPaths::findExecutable(tool).isEmpty())
                 QSKIP("Xvfb, xdotool or netpbm is not installed (scripts/setup)");
-        }
         QVERIFY2(m_x.start(), "no Xvfb could be started");
         QCOMPARE(QProcess::execute("bash", {MKROOT, m_root.root(), BUILD_DIR}), 0);
         // reading language English
