@@ -16,7 +16,6 @@
 #include "player/musicplayercontroller.h"
 #include "player/playerwnd.h"
 #include "playerfixture.h"
-#include "screenpixels.h"
 #include "screenstaging.h"
 #include "widgets/itemmenu.h"
 
