@@ -23,17 +23,15 @@ private slots:
     {
         QTest::addColumn<QStringList>("command"); // FILE: the recording
         QTest::addColumn<int>("rate");
-        QTest::addColumn<bool>("stopped"); // a second under SIGSTOP between two of recording
         QTest::newRow("wav-low-quality-stopped-a-second")
-            << QStringList{"record2wav", "FILE", "11025"} << 11025 << true;
+            << QStringList{"record2wav", "FILE", "11025"} << 11025;
         QTest::newRow("mp3-mpeg2-64-kbps")
-            << QStringList{"shine", "-b", "64", "-s", "24000", "FILE"} << 24000 << false;
+            << QStringList{"shine", "-b", "64", "-s", "24000", "FILE"} << 24000;
     }
     void killedRecordingStaysValid()
     {
         QFETCH(QStringList, command);
         QFETCH(int, rate);
-        QFETCH(bool, stopped);
         const TestDeviceRoot root;
         const bool wav = command.first() == "record2wav";
         const QString file = root.path(wav ? "/a.wav" : "/a.mp3");
@@ -42,9 +40,10 @@ private slots:
         process.start(DEVSIM_BIN_DIR "/" + command.first(),
                       command.mid(1).replaceInStrings("FILE", file));
         QTRY_VERIFY_WITH_TIMEOUT(QFileInfo::exists(file), 10000);
-        // real time is under test: two seconds of recording, the stopped one adds nothing
+        // real time is under test: two seconds of recording; the WAV encoder spends a second under
+        // SIGSTOP between them, which adds nothing
         QTest::qWait(1000);
-        if (stopped) {
+        if (wav) {
             ::kill(pid_t(process.processId()), SIGSTOP);
             QTest::qWait(1000);
             ::kill(pid_t(process.processId()), SIGCONT);
