@@ -81,7 +81,8 @@ private slots:
         QCOMPARE(config.value("SystemSet/Lan").toInt(), 1);
         for (const char *path : {"apps/bin/recorder", "apps/bin/musicplayer", "usr/bin/mplayer"})
             QVERIFY2(QFileInfo(dir.filePath(path)).isExecutable(), path);
-        for (const char *path : {"apps/res/sandglass.gif", "apps/res/pics/settings2.png"})
+        for (const char *path : {"apps/res/sandglass.gif", "apps/res/pause.bmp",
+                                 "apps/res/play.bmp", "apps/res/pics/settings2.png"})
             QVERIFY2(QFileInfo(dir.filePath(path)).size() > 0, path);
         // the player is the device simulation's stand-in, a file of the root's own
         QFile stored(dir.filePath("usr/bin/mplayer")), source(DEVSIM_SOURCE_DIR "/mplayer");
