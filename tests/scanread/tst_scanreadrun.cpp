@@ -91,13 +91,6 @@ private slots:
         m_program.setEnv("DEVSIM_SPEECH", "file");
     }
 
-    // the program and the listener are killed and reaped with their objects
-    void cleanup()
-    {
-        if (QTest::currentTestFailed())
-            qWarning("scanread said: %s", m_program.standardError().right(3000).constData());
-    }
-
     void scanReadAloudAndLeave()
     {
         const QString line = "Scanning pens read every word aloud";
