@@ -5,13 +5,10 @@
 
 #include "scanlinerenderer.h"
 #include "scanread/configreader.h"
-#include "scanread/csoundthread.h"
 #include "scanread/koscansdk.h"
 #include "scanread/myedit.h"
 #include "scanread/ocrpen.h"
-#include "scanread/recchar.h"
 #include "scanread/ttsplayer.h"
-#include "shelllistener.h"
 #include "storage/languagemanager.h"
 #include "storage/volume.h"
 #include "testdeviceroot.h"
@@ -21,13 +18,11 @@
 #include <QPainter>
 #include <QtTest>
 
-#include <cmath>
 #include <numeric>
 #include <thread>
 
 namespace {
 
-const std::thread::id mainThread = std::this_thread::get_id();
 const QString sentence = QStringLiteral("The quick brown fox jumps over the lazy dog.");
 QStringList messages;
 
@@ -45,7 +40,7 @@ public:
 struct Received
 {
     QVector<QVector<int>> calls;
-    QByteArrayList pixels;
+    QList<QImage> images;
     std::atomic<int> count{0};
 };
 
@@ -59,8 +54,7 @@ void onWord(void *context, int position, int length, int pcm)
 int onImage(void *context, uchar *pixels, int width, int height, uchar, char *)
 {
     auto *got = static_cast<Received *>(context);
-    got->calls.append({width, height, std::this_thread::get_id() == mainThread});
-    got->pixels.append(QByteArray(reinterpret_cast<const char *>(pixels), width * height));
+    got->images << QImage(pixels, width, height, width, QImage::Format_Grayscale8).copy();
     ++got->count;
     return 0;
 }
@@ -79,6 +73,15 @@ QImage noise(int width, int height)
     QImage image(width, height, QImage::Format_Grayscale8);
     std::generate_n(image.bits(), image.sizeInBytes(), [] { return uchar(std::rand()); });
     return image;
+}
+
+// what the recognition engine reads in the picture
+QString recognized(const QImage &image)
+{
+    QString text;
+    OCRPen::ocr->recognize(reinterpret_cast<uchar *>(pixelsOf(image).data()), image.width(),
+                           image.height(), 0, 0, text);
+    return text;
 }
 
 int editDistance(const QString &a, const QString &b)
@@ -124,32 +127,14 @@ class TestScanRead : public QObject
         qInstallMessageHandler(previous);
     }
 
-    // dropped into the watched folder as scanline does: written aside, then renamed
-    bool drop(const QString &name, const QByteArray &bytes) const
-    {
-        const QString folder = m_root.path("/mnt/mmc/.scanner/");
-        return m_root.writeFile("/mnt/mmc/.scanner/." + name, bytes) &&
-               QFile::rename(folder + '.' + name, folder + name);
-    }
-
-    // the length in samples and the level of the last play's audio: the WAV file the host engine
-    // writes when there is no sound card
-    QPair<int, double> audio() const
-    {
-        const QByteArray wav = m_root.readFile("/apps/data/tts/speech.wav");
-        const int count = wav.startsWith("RIFF") ? (wav.size() - 44) / 2 : 0;
-        const auto *samples = reinterpret_cast<const qint16 *>(wav.constData() + 44);
-        double sum = 0;
-        for (int i = 0; i < count; ++i)
-            sum += double(samples[i]) * samples[i];
-        return {count, count ? std::sqrt(sum / count) : 0};
-    }
+    // the length in samples of the last play's audio: the WAV file the host engine writes when
+    // there is no sound card
+    int played() const { return (m_root.readFile("/apps/data/tts/speech.wav").size() - 44) / 2; }
 
 private slots:
     void initTestCase()
     {
-        QVERIFY(m_root.installEngines());
-        QVERIFY(m_root.installLanguageTable());
+        QVERIFY(m_root.installEngines() && m_root.installLanguageTable());
         QCOMPARE(languageInit(), 0);
         // English, the Latin recognition engine
         configure("[InfoListen]\nLan=1\n");
@@ -162,141 +147,63 @@ private slots:
         ConfigReader::quitFun();
     }
 
-    // a file that is no picture is taken away unseen; pictures reach the callback once each
+    // a file that is no picture is taken away unseen; pictures reach the callback once each, every
+    // pixel in place, and the watching thread ends with the scanner
     void scannerDeliversEachPictureOnce()
     {
         const uint threadsBefore = QDir("/proc/self/task").count();
         QCOMPARE(KOSCAN_IAP_Initialize(1, 0, 0, 0), 0);
         QCOMPARE(KOSCAN_IAP_SetReceivePanoImageCallBackFunc(&m_got, onImage), 0);
-        int state = 0;
-        QCOMPARE(KOSCAN_IAP_GetWorkState(&state), 0);
-        QCOMPARE(state, int(KOSCAN_IAP_STATE_SCANNING));
-        QVERIFY(drop("notes.txt", "not a picture"));
-        QTRY_VERIFY(!m_root.exists("/mnt/mmc/.scanner/notes.txt"));
+        const QString folder = m_root.path("/mnt/mmc/.scanner/");
         const QImage image = noise(301, 47);
-        for (const char *format : {"png", "pgm"}) {
-            QByteArray bytes;
-            QBuffer buffer(&bytes);
-            QVERIFY(image.save(&buffer, format));
-            QVERIFY(drop(QStringLiteral("line.") + format, bytes));
-        }
+        // written aside, then renamed, as scanline does
+        QVERIFY(m_root.writeFile("/mnt/mmc/.scanner/.notes.txt", "not a picture"));
+        QVERIFY(image.save(folder + ".line.png") && image.save(folder + ".line.pgm"));
+        for (const QString name : {"notes.txt", "line.png", "line.pgm"})
+            QVERIFY(QFile::rename(folder + '.' + name, folder + name));
         QTRY_COMPARE(m_got.count, 2);
         // consumed: the files are gone and nothing more arrives
-        QTRY_VERIFY(QDir(m_root.path("/mnt/mmc/.scanner")).isEmpty());
+        QTRY_VERIFY(QDir(folder).isEmpty());
         QCOMPARE(KOSCAN_IAP_Uninitialize(), 0);
-        QCOMPARE(KOSCAN_IAP_GetWorkState(&state), 0);
-        QCOMPARE(state, int(KOSCAN_IAP_STATE_IDLE));
         QCOMPARE(QDir("/proc/self/task").count(), threadsBefore);
-        // sizes, not on the GUI thread, every pixel where it was
-        QCOMPARE(m_got.calls, QVector<QVector<int>>(2, {301, 47, 0}));
-        QCOMPARE(m_got.pixels, QByteArrayList({pixelsOf(image), pixelsOf(image)}));
+        QCOMPARE(m_got.images, QList<QImage>({image, image}));
     }
 
     void speechReportsEachWordAndStops()
     {
-        m_got.calls.clear();
         QCOMPARE(KOSCAN_TTS_SetProgressCallBackFunc(&m_got, onWord), 0);
-        QCOMPARE(TTSPlayer::player->setSpeed(50), 0);
-        QCOMPARE(TTSPlayer::player->setVolume(100), 0);
-        QCOMPARE(TTSPlayer::player->play(sentence), 0);
-        const QStringList words = QString(sentence).remove('.').split(' ');
-        QCOMPARE(m_got.calls.size(), words.size());
-        for (int i = 0; i < words.size(); ++i) {
-            const QVector<int> &report = m_got.calls.at(i);
-            QCOMPARE(sentence.mid(report[0], report[1]), words.at(i));
-            QVERIFY2(report[2] > (i ? m_got.calls.at(i - 1)[2] : 0), qPrintable(words.at(i)));
-        }
-        const QPair<int, double> normal = audio();
-        qInfo("last word ends at %d, audio has %d samples", m_got.calls.last()[2], normal.first);
-        QVERIFY(std::abs(normal.first - m_got.calls.last()[2]) <= KOSCAN_TTS_SAMPLE_RATE / 20);
-
-        // faster is shorter, quieter is lower
         TTSPlayer::player->setSpeed(90);
         TTSPlayer::player->play(sentence);
-        const int fast = audio().first;
+        const int fast = played();
+        m_got.calls.clear();
         TTSPlayer::player->setSpeed(50);
-        TTSPlayer::player->setVolume(25);
-        TTSPlayer::player->play(sentence);
-        const double quiet = audio().second;
-        qInfo("fast %d samples; level %.0f, quiet %.0f", fast, normal.second, quiet);
-        QVERIFY(fast < normal.first * 0.8);
-        QVERIFY(quiet < normal.second * 0.5);
+        QCOMPARE(TTSPlayer::player->play(sentence), 0);
+        QStringList words;
+        for (const QVector<int> &report : qAsConst(m_got.calls))
+            words << sentence.mid(report[0], report[1]);
+        QCOMPARE(words, QString(sentence).remove('.').split(' '));
+        // the last word ends with the audio; faster is shorter
+        QVERIFY(std::abs(played() - m_got.calls.last()[2]) <= KOSCAN_TTS_SAMPLE_RATE / 20);
+        QVERIFY(fast < played() * 0.8);
 
         // stopped while the first words are heard, play returns at once
-        m_got.calls.clear();
         m_got.count = 0;
         std::thread speaker([] { TTSPlayer::player->play(sentence + ' ' + sentence); });
         QTRY_VERIFY_WITH_TIMEOUT(m_got.count > 0, 20000);
-        QElapsedTimer sinceStop;
-        sinceStop.start();
+        const QDeadlineTimer soon(100);
         QCOMPARE(TTSPlayer::player->stop(), 0);
         speaker.join();
-        const qint64 took = sinceStop.elapsed();
-        qInfo("play returned %lld ms after stop", took);
-        QVERIFY(took < 100);
+        QVERIFY2(!soon.hasExpired(), "play returned more than 100 ms after stop");
         // it ended early, not by finishing the text: few words reported, and not the last one
         QVERIFY(m_got.count < 18);
     }
 
-    void append_data()
-    {
-        QTest::addColumn<QString>("before");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("inserted");
-        const char *rows[][3] = {
-            {"full-stop", "Hello.", "Hello. "},       {"digit", "page 12", "page 12 "},
-            {"ascii-letter", "Zebra", "Zebra "},      {"ascii-question-mark", "why?", "why?"},
-            {"full-width-comma", "你好，", "你好，"}, {"outside-gbk", "ok 😀", "ok 😀"}};
-        for (const auto &row : rows)
-            QTest::newRow(row[0]) << "first." << QString(row[1]) << QString(row[2]);
-        // 100 lines of 99 characters and a blank: 10,000 characters, 10,099 saved with "\r\n"
-        // line ends; a null text inserted: refused with a notice
-        const QString lines = QString(99, 'x').append('\n').repeated(100).chopped(1);
-        const QString fits(32768 - 10099, 'y');
-        QTest::newRow("exactly-64-KiB") << lines << fits << fits + ' ';
-        QTest::newRow("one-over-counting-line-ends-twice") << lines << fits + 'y' << QString();
-    }
-
-    void append()
-    {
-        QFETCH(QString, before);
-        QFETCH(QString, text);
-        QFETCH(QString, inserted);
-        RecordingEdit edit;
-        edit.appendScanText(before);
-        const QString kept = edit.toPlainText();
-        // the notice is drawn inside the view, which must be on the screen; look at it, let it go
-        edit.show();
-        bool noticed = false;
-        QTimer::singleShot(0, &edit, [&] {
-            if (auto *dialog = edit.findChild<MessageDialog *>())
-                noticed = true, dialog->accept();
-        });
-        edit.appendScanText(text);
-        QCOMPARE(edit.isTooBig(), inserted.isNull());
-        QCOMPARE(noticed, inserted.isNull());
-        QCOMPARE(edit.toPlainText(), kept + inserted);
-        if (inserted.isNull())
-            return;
-        // the new text, blank included, is selected
-        QCOMPARE(edit.textCursor().selectionStart(), kept.size());
-        QCOMPARE(edit.textCursor().selectedText(), inserted);
-    }
-
-    // queued texts are read newest first; OK reads the selected word, in its place in the view
+    // reading aloud: OK reads the selected word, in its place in the view; each reported word
+    // lights up when its audio comes (16-bit samples at 22050 a second: 44100 bytes a second), a
+    // word of 100 ms reported 150 ms after one of 400 ms not before it
     void reading()
     {
-        ShellListener shell;
-        RecordingEdit edit;
-        CSoundThread thread(&edit);
-        connect(&thread, &QThread::finished, &edit, &MyEdit::FinishSound);
-        for (const char *text : {"A", "B", "C"})
-            thread.setContent(text);
-        thread.start();
-        QTRY_COMPARE(edit.soundFinished(), 1);
-        QCOMPARE(edit.spoken, QStringList({"C", "B", "A"}));
-        QTRY_COMPARE(shell.heard(), QStringList{"execute(QString) soundno"});
-        edit.spoken.clear();
+        RecordingEdit edit, other;
         edit.setPlainText("Hi, pen-reader!\n中文 end");
         QStringList words;
         for (int i = 0; edit.selectWordNumber(i); ++i)
@@ -307,86 +214,85 @@ private slots:
         QTRY_VERIFY(!edit.isReading());
         QCOMPARE(edit.spoken, QStringList{"文"});
         QCOMPARE(edit.readStart(), 17);
-    }
-
-    void highlightTiming_data()
-    {
-        // each word's PCM position and the time it is reported at, in ms
-        QTest::addColumn<QList<int>>("reports");
-        QTest::addColumn<bool>("inTranslation");
-        QTest::addColumn<int>("lastDelay");
-        // 16-bit samples at 22050 a second: 44100 bytes a second
-        QTest::newRow("10000-samples") << QList<int>{10000, 0} << false << 453;
-        // 400 ms, then 100 ms reported 150 ms later: not before the first word
-        QTest::newRow("shorter-after-longer") << QList<int>{8820, 0, 11025, 150} << false << 350;
-        QTest::newRow("in-translation") << QList<int>{10000, 0} << true << -1;
-    }
-
-    void highlightTiming()
-    {
-        QFETCH(QList<int>, reports);
-        QFETCH(bool, inTranslation);
-        RecordingEdit edit;
-        edit.setTTSFlagInTrans(inTranslation);
-        int delay = 0;
-        for (int i = 0; i < reports.size(); i += 2) {
-            const int ms = reports.at(i + 1);
-            delay = edit.highlightAt(i * 5, 4, reports.at(i), {1000 + ms / 1000, ms % 1000 * 1000});
-        }
-        QTEST(delay, "lastDelay");
-        QCOMPARE(edit.nextHighlight() != nullptr, !inTranslation);
+        QCOMPARE(edit.highlightAt(0, 4, 10000, {1000, 0}), 453);
+        QCOMPARE(other.highlightAt(0, 4, 8820, {1000, 0}), 400);
+        QCOMPARE(other.highlightAt(5, 4, 11025, {1000, 150000}), 350);
         // each word is taken off the queue when its time comes
-        QTRY_VERIFY(!edit.nextHighlight());
+        QTRY_VERIFY(!edit.nextHighlight() && !other.nextHighlight());
     }
 
     // a line scanned while another is recognised is dropped: tst_scanreadrun's third line
-    void scannedImage_data()
+    void append_data()
     {
+        QTest::addColumn<QString>("before");
+        // appended as text; a null one appends nothing, the image is scanned instead
+        QTest::addColumn<QString>("text");
         QTest::addColumn<QImage>("image");
         QTest::addColumn<QSize>("size");
-        QTest::addColumn<QString>("appended");
-        const QImage line = renderScanLine("Reading pen", ScanLineLook());
-        QTest::newRow("line") << line << QSize(line.width(), 64) << "Reading pen ";
-        QTest::newRow("zero-width") << QImage() << QSize(0, 8) << "";
-        QTest::newRow("zero-height") << QImage() << QSize(8, 0) << "";
-        QTest::newRow("noise") << noise(400, 64) << QSize(400, 64) << "";
-        // a short line at the left of a light strip: whatever is read, the text before stays
+        // a null text: refused with a notice
+        QTest::addColumn<QString>("inserted");
+        const QString kept = QStringLiteral("kept 😀 text.");
+        const char *rows[][3] = {
+            {"full-stop", "Hello.", "Hello. "},       {"digit", "page 12", "page 12 "},
+            {"ascii-letter", "Zebra", "Zebra "},      {"ascii-question-mark", "why?", "why?"},
+            {"full-width-comma", "你好，", "你好，"}, {"outside-gbk", "ok 😀", "ok 😀"}};
+        for (const auto &row : rows)
+            QTest::newRow(row[0]) << kept << QString(row[1]) << QImage() << QSize() << row[2];
+        // 100 lines of 99 characters and a blank: 10,000 characters, 10,099 saved with "\r\n"
+        // line ends
+        const QString lines = QString(99, 'x').append('\n').repeated(100).chopped(1);
+        const QString fits(32768 - 10099, 'y');
+        QTest::newRow("exactly-64-KiB") << lines << fits << QImage() << QSize() << fits + ' ';
+        QTest::newRow("one-over-counting-line-ends-twice")
+            << lines << fits + 'y' << QImage() << QSize() << QString();
+        QTest::newRow("zero-width") << kept << QString() << QImage() << QSize(0, 8) << "";
+        QTest::newRow("zero-height") << kept << QString() << QImage() << QSize(8, 0) << "";
+        QTest::newRow("noise") << kept << QString() << noise(400, 64) << QSize(400, 64) << "";
+        // a short line at the left of a long light strip
         QImage wide(20000, 64, QImage::Format_Grayscale8);
         wide.fill(200);
-        QPainter(&wide).drawImage(0, 0, renderScanLine("wide", ScanLineLook()));
-        QTest::newRow("20000-pixels-wide") << wide << QSize(20000, 64) << QString();
+        QPainter(&wide).drawImage(0, 0, renderScanLine("Reading pen", ScanLineLook()));
+        QTest::newRow("line-20000-pixels-wide")
+            << kept << QString() << wide << wide.size() << "Reading pen ";
     }
 
-    void scannedImage()
+    // appended, selected and read at once, as the read-control setting asks; nothing recognised:
+    // nothing appended, reported or read, the selection as it was
+    void append()
     {
+        QFETCH(QString, before);
+        QFETCH(QString, text);
         QFETCH(QImage, image);
         QFETCH(QSize, size);
-        QFETCH(QString, appended);
+        QFETCH(QString, inserted);
         RecordingEdit edit;
-        edit.appendScanText("kept 😀 text.");
-        const QString before = edit.toPlainText();
+        edit.appendScanText(before);
+        const QString kept = edit.toPlainText();
         edit.setAutoRead(true);
         QSignalSpy finished(&edit, &MyEdit::signalRecFinished);
-        // no buffer at all is refused at once
-        QCOMPARE(
-            RecChar::ReceivePanoImage(nullptr, nullptr, size.width(), size.height(), 0, nullptr),
-            -1);
-        QCOMPARE(edit.Recognize(createImg(reinterpret_cast<const uchar *>(pixelsOf(image).data()),
-                                          size.width(), size.height(), 0)),
-                 0);
-        // the busy indicator stands while the image is recognised
-        QCOMPARE(edit.findChild<SandGlass *>()->geometry(), QRect(100, 10, 33, 33));
-        QTRY_VERIFY_WITH_TIMEOUT(!edit.findChild<SandGlass *>(), 60000);
-        QVERIFY(edit.toPlainText().startsWith(before));
-        if (appended.isNull())
-            return;
-        // nothing recognised: nothing appended, reported or read, the selection as it was
-        QCOMPARE(edit.toPlainText(), before + appended);
-        QCOMPARE(edit.textCursor().selectedText(), appended.isEmpty() ? before : appended);
-        QCOMPARE(finished.count(), appended.isEmpty() ? 0 : 1);
-        // read at once, as the read-control setting asks
+        // the notice is drawn inside the view, which must be on the screen; look at it, let it go
+        edit.show();
+        bool noticed = false;
+        QTimer::singleShot(0, &edit, [&] {
+            if (auto *dialog = edit.findChild<MessageDialog *>())
+                noticed = true, dialog->accept();
+        });
+        if (text.isNull()) {
+            QCOMPARE(
+                edit.Recognize(createImg(reinterpret_cast<const uchar *>(pixelsOf(image).data()),
+                                         size.width(), size.height(), 0)),
+                0);
+            // the busy indicator stands while the image is recognised
+            QCOMPARE(edit.findChild<SandGlass *>()->geometry(), QRect(100, 10, 33, 33));
+            QTRY_VERIFY_WITH_TIMEOUT(!edit.findChild<SandGlass *>(), 60000);
+        }
+        edit.appendScanText(text);
+        QCOMPARE(noticed, inserted.isNull());
+        QCOMPARE(edit.toPlainText(), kept + inserted);
+        QCOMPARE(edit.textCursor().selectionStart(), inserted.isEmpty() ? 0 : kept.size());
+        QCOMPARE(finished.count(), int(text.isNull() && !inserted.isEmpty()));
         QTRY_VERIFY(!edit.isReading());
-        QCOMPARE(edit.spoken, appended.isEmpty() ? QStringList() : QStringList{appended});
+        QCOMPARE(edit.spoken.join(QString()), inserted);
     }
 
     // these two set the engines' languages: the cases above want English, so they come last
@@ -400,41 +306,27 @@ private slots:
         QTest::newRow("zh_TW") << 4;
     }
 
-    // lines drawn as the pen's camera sees them: scanline's font and size, a slight skew, noise
+    // lines drawn as the pen's camera sees them: scanline's font and size, a slight skew, noise;
+    // a blank one reads as nothing
     void characterErrorRate()
     {
         QFETCH(int, engine);
         QFile file(TESTDATA_DIR "/scanlines/" + QString(QTest::currentDataTag()) + ".txt");
         QVERIFY(file.open(QIODevice::ReadOnly | QIODevice::Text));
         const QStringList texts = QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
-        QVERIFY(texts.size() >= 20);
         int languages[] = {engine, -1};
         QCOMPARE(OCRPen::ocr->setLan(languages), 0);
+        QStringList read;
+        for (int i = 0; i < texts.size(); ++i)
+            read << recognized(
+                renderScanLine(texts.at(i), {{}, 30, 64, ((i % 5) - 2) * 0.5, 10, quint32(i + 1)}));
         const bool han = engine == 1 || engine == 4;
-        int errors = 0;
-        int characters = 0;
-        for (int i = 0; i < texts.size(); ++i) {
-            const QImage line =
-                renderScanLine(texts.at(i), {{}, 30, 64, ((i % 5) - 2) * 0.5, 10, quint32(i + 1)});
-            QString read;
-            OCRPen::ocr->recognize(reinterpret_cast<uchar *>(pixelsOf(line).data()), line.width(),
-                                   line.height(), 0, 0, read);
-            const QString expected = normalized(texts.at(i), han);
-            const int wrong = editDistance(expected, normalized(read, han));
-            if (wrong > 0)
-                qInfo("%s\n    read as %s", qPrintable(texts.at(i)), qPrintable(read));
-            errors += wrong;
-            characters += expected.size();
-        }
-        const double rate = 100.0 * errors / characters;
-        qInfo("%d errors in %d characters, CER %.2f %%", errors, characters, rate);
-        QVERIFY(rate <= (han ? 3.0 : 1.0));
-        // an empty result leaves the text alone
+        const QString expected = normalized(texts.join(' '), han);
+        const int errors = editDistance(expected, normalized(read.join(' '), han));
+        QVERIFY2(errors * 100 <= expected.size() * (han ? 3 : 1), qPrintable(read.join('\n')));
         QImage blank(400, 64, QImage::Format_Grayscale8);
         blank.fill(255);
-        QString kept = QStringLiteral("kept");
-        QCOMPARE(OCRPen::ocr->recognize(blank.bits(), 400, 64, 0, 0, kept), -1);
-        QCOMPARE(kept, QStringLiteral("kept"));
+        QCOMPARE(recognized(blank), QString());
     }
 
     void settingsReachEnginesInOrder_data()
@@ -444,17 +336,13 @@ private slots:
         // language, scan direction, then the engines' own log: OCR engine, speech language,
         // speeds, volumes (the last one the speaker volume of the sound record)
         const int speaker = int(getSpeakerVolume());
-        // language 0 is the table's first shown row, simplified Chinese (1)
-        QTest::newRow("empty-file") << QByteArray() << QList<int>{0, 0, 1, 1, 50, 1, 60, speaker};
-        QTest::newRow("read-speed-step-passes-as-it-is")
-            << QByteArray("[InfoListen]\nReadSpeed=7\n")
-            << QList<int>{0, 0, 1, 1, 7, 1, 60, speaker};
         QTest::newRow("russian-loud-fast")
             << QByteArray("[InfoListen]\nLan=5\nScanDirect=1\nVolum=5\nReadSpeed=2\n"
                           "[SystemSet]\nSpeed=65\n")
             << QList<int>{5, 1, 3, 151, 65, 65, 100, speaker};
         QTest::newRow("english-slow") << QByteArray("[InfoListen]\nLan=1\nReadSpeed=0\n")
                                       << QList<int>{1, 0, 2, 101, 30, 1, 60, speaker};
+        // language 0 is the table's first shown row, simplified Chinese (1)
         QTest::newRow("not-numbers-give-defaults")
             << QByteArray("[InfoListen]\nLan=abc\nScanDirect=x\nVolum=loud\nReadSpeed=fast\n"
                           "[SystemSet]\nSpeed=quick\n")
@@ -474,16 +362,11 @@ private slots:
                 if (message.startsWith(prefix))
                     got << message.mid(prefix.size()).trimmed().toInt();
         QCOMPARE(got, applied);
-        QVERIFY(messages.contains("SetSpeed success"));
         // the language is written back even when it did not change
         ConfigReader::quitFun();
         ConfigReader::reader = nullptr;
         const QSettings written(m_root.path("/apps/config/config.ini"), QSettings::IniFormat);
         QCOMPARE(written.value("InfoListen/Lan").toInt(), applied.first());
-        // simplified Chinese and Russian have engines of their own; every other language,
-        // traditional Chinese too, and none at all read with the Latin one
-        for (int lanInt : {0, 2, 104})
-            QCOMPARE(ConfigReader::getEngineID(lanInt), 2);
     }
 };
 
