@@ -8,6 +8,7 @@
 #include "scanread/koscansdk.h"
 #include "scanread/myedit.h"
 #include "scanread/ocrpen.h"
+#include "scanread/recchar.h"
 #include "scanread/ttsplayer.h"
 #include "storage/languagemanager.h"
 #include "storage/volume.h"
@@ -278,6 +279,10 @@ private slots:
                 noticed = true, dialog->accept();
         });
         if (text.isNull()) {
+            // a scan without a buffer is refused before anything is queued
+            QCOMPARE(RecChar::ReceivePanoImage(nullptr, nullptr, size.width(), size.height(), 0,
+                                               nullptr),
+                     -1);
             QCOMPARE(
                 edit.Recognize(createImg(reinterpret_cast<const uchar *>(pixelsOf(image).data()),
                                          size.width(), size.height(), 0)),
