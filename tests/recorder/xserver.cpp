@@ -6,11 +6,6 @@
 
 #include <unistd.h>
 
-XServer::~XServer()
-{
-    stop();
-}
-
 void XServer::stop()
 {
     // asked politely first, so that the server takes its socket away

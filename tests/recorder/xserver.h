@@ -11,7 +11,7 @@ class QImage;
 class XServer
 {
 public:
-    ~XServer();
+    ~XServer() { stop(); }
     // Starts Xvfb on a display it finds free itself; false when none came up in time.
     bool start();
     QString display() const { return m_display; }
