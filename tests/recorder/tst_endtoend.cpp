@@ -3,7 +3,6 @@
 // cases run in order on one card, each finding there what the one before recorded.
 
 #include "recorderprocess.h"
-#include "screenpixels.h"
 #include "storage/audioinfo.h"
 #include "testdeviceroot.h"
 #include "xserver.h"
@@ -16,8 +15,7 @@
 
 namespace {
 
-// A loaded machine may take a while to start a Qt program or to show a window.
-constexpr int startTimeoutMs = 60000;
+// A loaded machine may take a while to show a window: a minute for the first one.
 constexpr int stepTimeoutMs = 20000;
 
 // The encoders running from a device root's usr/sbin with their command lines, by pid, found by
@@ -43,10 +41,9 @@ class TestEndToEnd : public QObject
 private slots:
     void initTestCase()
     {
-        for (const char *tool : {"Xvfb", "xdotool", "xwdtopnm"}) {
+        for (const char *tool : {"Xvfb", "xdotool"})
             if (QStandardPaths::findExecutable(QLatin1String(tool)).isEmpty())
                 QSKIP(qPrintable(QStringLiteral("%1 is not installed (scripts/setup)").arg(tool)));
-        }
         // an encoder whose recorder was killed comes to this process, which can then reap it
         QCOMPARE(prctl(PR_SET_CHILD_SUBREAPER, 1), 0);
         QVERIFY2(m_x.start(), "no Xvfb could be started");
@@ -63,7 +60,7 @@ private slots:
     void init()
     {
         QVERIFY(m_recorder.start());
-        QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 1, startTimeoutMs);
+        QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 1, 60000);
     }
 
     void cleanup()
@@ -81,68 +78,57 @@ private slots:
 
     void recordPauseResumeAndKeep()
     {
-        // the separator runs the whole width at y = 20; the pause symbol's bars fill (175, 33), a
-        // corner that the record dot's circle leaves dark
-        QTRY_VERIFY_WITH_TIMEOUT(lit(shot("idle"), 128, 20) && !lit(shot("idle"), 175, 33),
-                                 stepTimeoutMs);
-
         QVERIFY(press("Return"));
-        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root).size(), 1, stepTimeoutMs);
+        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root).values(),
+                                  QStringList{"shine -b 96 -s 24000 " + path(".mp3")},
+                                  stepTimeoutMs);
         const qint64 encoder = encoders(m_root).firstKey();
-        QCOMPARE(encoders(m_root).value(encoder),
-                 "shine -b 96 -s 24000 " + m_root.path(card(".mp3")));
-        QTRY_VERIFY_WITH_TIMEOUT(lit(shot("recording"), 175, 33), stepTimeoutMs);
         QTRY_VERIFY_WITH_TIMEOUT(secondsOnCard(".mp3") >= 6, stepTimeoutMs);
         QVERIFY(press("Return"));
         QTRY_COMPARE_WITH_TIMEOUT(processState(encoder), 'T', stepTimeoutMs);
-        QTRY_VERIFY_WITH_TIMEOUT(!lit(shot("paused"), 175, 33), stepTimeoutMs);
         QVERIFY(press("Return"));
         QTRY_VERIFY_WITH_TIMEOUT(processState(encoder) != 'T', stepTimeoutMs);
         QTRY_VERIFY_WITH_TIMEOUT(secondsOnCard(".mp3") >= 8, stepTimeoutMs);
 
         QVERIFY(press("Escape"));
         QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 2, stepTimeoutMs);
-        QVERIFY(encoders(m_root).isEmpty());
-        shot("save-question");
         QVERIFY(press("Return")); // the marked first answer is "Yes"
         // the confirmation goes away by itself after two seconds
         QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 1, stepTimeoutMs);
-        QCOMPARE(m_root.recordingList().value(0), card(".mp3"));
+        QCOMPARE(m_root.recordingList(), QStringList{card(".mp3")});
         audioinfo info;
-        QCOMPARE(getaudioinfo(m_root.path(card(".mp3")).toLocal8Bit(), &info), 0);
+        QCOMPARE(getaudioinfo(path(".mp3").toLocal8Bit(), &info), 0);
         // six seconds recorded, then two more after the pause: nothing lost, nothing added
         QVERIFY2(qAbs(info.seconds - 8) <= 1.5, qPrintable(QString::number(info.seconds)));
 
         // an Escape while idle leaves the program
         QVERIFY(press("Escape"));
-        QVERIFY(m_recorder.waitForExit(stepTimeoutMs));
-        QCOMPARE(m_recorder.exitCode(), 0);
-        QTRY_COMPARE_WITH_TIMEOUT(heard("mainprocess recorder(QString) enableAutoShut"), 2,
-                                  stepTimeoutMs);
-        QCOMPARE(heard("mainprocess Show(QString) record"), 1);
-        QCOMPARE(heard("mainprocess recorder(QString) disableAutoSleep"), 2);
-        QCOMPARE(heard("mainprocess lrcplayer(QString) nosleepnew"), 1);
+        QVERIFY(endedWell());
+        // shown; no sleep while recording, nor after the pause; the idle time-outs back at the
+        // stop and at the end
+        const QString sleep = "mainprocess recorder(QString) disableAutoSleep";
+        const QString shut = "mainprocess recorder(QString) enableAutoShut";
+        QTRY_COMPARE_WITH_TIMEOUT(
+            heard(),
+            QStringList({"mainprocess Show(QString) record", sleep,
+                         "mainprocess lrcplayer(QString) nosleepnew", sleep, shut, shut}),
+            stepTimeoutMs);
     }
 
     void wavLowFromMenuThenShellStopsWhilePaused()
     {
-        const QString mainWindow = windows().value(0);
-        // options: volume, format, quality; Right moves a row to its next value
+        // options, a window over the recorder's: volume, format, quality; Right moves a row to its
+        // next value
         QVERIFY(press("F12"));
-        QTRY_VERIFY_WITH_TIMEOUT(windows().value(windows().size() - 1) != mainWindow,
-                                 stepTimeoutMs);
-        for (const char *key : {"Down", "Right", "Down", "Right"})
+        QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 2, stepTimeoutMs);
+        for (const char *key : {"Down", "Right", "Down", "Right", "Escape"})
             QVERIFY(press(QLatin1String(key)));
-        shot("options-menu");
-        QVERIFY(press("Escape"));
-        QTRY_COMPARE_WITH_TIMEOUT(windows(), QStringList{mainWindow}, stepTimeoutMs);
+        QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 1, stepTimeoutMs);
 
         QVERIFY(press("Return"));
-        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root).size(), 1, stepTimeoutMs);
-        const qint64 encoder = encoders(m_root).firstKey();
         // the day's first recording is on the card already
-        QCOMPARE(encoders(m_root).value(encoder),
-                 "record2wav " + m_root.path(card("_1.wav")) + " 11025");
+        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root).values(), wav("_1.wav"), stepTimeoutMs);
+        const qint64 encoder = encoders(m_root).firstKey();
         QTRY_VERIFY_WITH_TIMEOUT(secondsOnCard("_1.wav") >= 6, stepTimeoutMs); // to be kept
         QVERIFY(press("Return"));
         QTRY_COMPARE_WITH_TIMEOUT(processState(encoder), 'T', stepTimeoutMs);
@@ -151,8 +137,7 @@ private slots:
         QCOMPARE(QProcess::execute(QStringLiteral(QCOP_BIN),
                                    {"send", "recorderprocess", "execute(QString)", "stop"}),
                  0);
-        QVERIFY(m_recorder.waitForExit(stepTimeoutMs));
-        QCOMPARE(m_recorder.exitCode(), 0); // a crash would give its signal
+        QVERIFY(endedWell());
         QVERIFY(encoders(m_root).isEmpty());
         QCOMPARE(m_root.recordingList(), QStringList({card("_1.wav"), card(".mp3")}));
     }
@@ -160,7 +145,8 @@ private slots:
     void killedRecorderTakesItsEncoderAlong()
     {
         QVERIFY(press("Return"));
-        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root).size(), 1, stepTimeoutMs);
+        // the format and quality chosen before are still in force
+        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root).values(), wav("_2.wav"), stepTimeoutMs);
         QTRY_VERIFY_WITH_TIMEOUT(secondsOnCard("_2.wav") >= 1, stepTimeoutMs);
         m_recorder.kill();
         QTRY_VERIFY_WITH_TIMEOUT(encoders(m_root).isEmpty(), 1000);
@@ -172,34 +158,25 @@ private:
     QStringList windows() const { return m_x.visibleWindows(m_recorder.pid()); }
     bool press(const QString &key) const { return m_x.pressKey(m_recorder.pid(), key); }
     QString card(const QString &suffix) const { return "/mnt/mmc/e_Recorder/" + m_day + suffix; }
+    QStringList wav(const QString &suffix) { return {"record2wav " + path(suffix) + " 11025"}; }
+    QString path(const QString &suffix) const { return m_root.path(card(suffix)); }
+    // a crash would give its signal as the exit code
+    bool endedWell() { return m_recorder.waitForExit(stepTimeoutMs) && m_recorder.exitCode() == 0; }
     // Seconds of sound in the recording on the card so far, by its size: 96 kbit/s MP3 or 11025 Hz
     // 16-bit mono WAV after its 44-byte header. The encoders write as the sound comes.
     double secondsOnCard(const QString &suffix) const
     {
-        const qint64 size = QFileInfo(m_root.path(card(suffix))).size();
+        const qint64 size = QFileInfo(path(suffix)).size();
         return suffix.endsWith(".mp3") ? size / 12000.0 : (size - 44) / 22050.0;
     }
-    // The recorder's screen, 256 x 64 at the origin, kept as a picture under the screens folder.
-    QImage shot(const QString &name) const
-    {
-        const QImage screen = m_x.grab().copy(0, 0, 256, 64);
-        screen.save(screensDir() + "/endtoend_" + name + ".png");
-        return screen;
-    }
-
-    // How often the shell has heard "CHANNEL MESSAGE DATA".
-    int heard(const QByteArray &line)
-    {
-        m_heard += m_shell.readAllStandardOutput();
-        return m_heard.split('\n').count(line);
-    }
+    // "CHANNEL MESSAGE DATA" of each message the shell has heard, oldest first
+    QStringList heard() { return QString(m_shell.peek(1 << 20)).split('\n', Qt::SkipEmptyParts); }
 
     const QString m_day = QDate::currentDate().toString("yyMMdd");
     XServer m_x;
     TestDeviceRoot m_root;
     RecorderProcess m_recorder{m_root.root()};
     QProcess m_shell;
-    QByteArray m_heard;
 };
 
 QTEST_GUILESS_MAIN(TestEndToEnd)

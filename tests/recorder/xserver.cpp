@@ -1,15 +1,9 @@
 #include "xserver.h"
 
-#include <QDeadlineTimer>
 #include <QFile>
 #include <QImage>
 
 #include <unistd.h>
-
-XServer::~XServer()
-{
-    stop();
-}
 
 void XServer::stop()
 {
@@ -38,24 +32,20 @@ bool XServer::start()
         m_lockFile = lock.fileName();
         m_display = QStringLiteral(":%1").arg(display);
         m_xvfb.setStandardErrorFile(QProcess::nullDevice());
-        // -displayfd: the number is written once the server takes connections. -noreset: by
-        // default the server resets when its last client leaves (the probe below, or xdotool
-        // looking for windows before the recorder has any) and drops a client that connected
-        // meanwhile: "could not connect to display" on a busy machine.
+        // -displayfd: the number is written, in one write, once the server takes connections.
+        // -noreset: by default the server resets when its last client leaves (the probe below, or
+        // xdotool looking for windows before the recorder has any) and drops a client that
+        // connected meanwhile: "could not connect to display" on a busy machine.
         m_xvfb.start("Xvfb", {m_display, "-displayfd", "1", "-noreset", "-screen", "0",
                               "640x480x24", "-nolisten", "tcp", "-fbdir", m_frameBuffer.path()});
-        const QDeadlineTimer deadline(30000);
-        QByteArray announced;
-        while (!announced.contains('\n') && m_xvfb.waitForReadyRead(int(deadline.remainingTime())))
-            announced += m_xvfb.readAllStandardOutput();
-        if (announced.contains('\n') && run({"xdpyinfo"}))
+        if (m_xvfb.waitForReadyRead(30000) && run({"xdpyinfo"}))
             return true;
         stop();
     }
     return false;
 }
 
-bool XServer::run(const QStringList &command, QByteArray *output) const
+std::optional<QByteArray> XServer::run(const QStringList &command) const
 {
     QProcess tool;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -64,25 +54,24 @@ bool XServer::run(const QStringList &command, QByteArray *output) const
     tool.setStandardErrorFile(QProcess::nullDevice());
     tool.start(command.first(), command.mid(1));
     // one that hangs is killed and reaped when it goes out of scope
-    const bool finished = tool.waitForFinished(20000);
-    if (output)
-        *output = tool.readAllStandardOutput();
-    return finished && tool.exitStatus() == QProcess::NormalExit && tool.exitCode() == 0;
+    if (!tool.waitForFinished(20000) || tool.exitStatus() != QProcess::NormalExit ||
+        tool.exitCode() != 0)
+        return std::nullopt;
+    return tool.readAllStandardOutput();
 }
 
 QImage XServer::grab() const
 {
     // Xvfb keeps its screen in the file as an X window dump; netpbm makes a picture of it
-    QByteArray dump;
-    run({"xwdtopnm", m_frameBuffer.filePath("Xvfb_screen0")}, &dump);
-    return QImage::fromData(dump, "PPM");
+    return QImage::fromData(run({"xwdtopnm", m_frameBuffer.filePath("Xvfb_screen0")}).value_or(""),
+                            "PPM");
 }
 
 QStringList XServer::visibleWindows(qint64 pid) const
 {
     // xdotool ends with 1 when nothing matches: that is an empty list, not a failure
-    QByteArray found;
-    run({"xdotool", "search", "--onlyvisible", "--pid", QString::number(pid)}, &found);
+    const QByteArray found =
+        run({"xdotool", "search", "--onlyvisible", "--pid", QString::number(pid)}).value_or("");
     return QString(found).split('\n', Qt::SkipEmptyParts);
 }
 

@@ -4,6 +4,8 @@
 
 #include <QTemporaryDir>
 
+#include <optional>
+
 class QImage;
 
 // A private X server (Xvfb) for driving the recorder as a user would: keys through xdotool,
@@ -11,7 +13,7 @@ class QImage;
 class XServer
 {
 public:
-    ~XServer();
+    ~XServer() { stop(); }
     // Starts Xvfb on a display it finds free itself; false when none came up in time.
     bool start();
     QString display() const { return m_display; }
@@ -23,8 +25,8 @@ public:
     bool pressKey(qint64 pid, const QString &key) const;
 
 private:
-    // the tool run on this display to its end; true when it ended with 0
-    bool run(const QStringList &command, QByteArray *output = nullptr) const;
+    // what the tool run on this display to its end wrote, when it ended with 0
+    std::optional<QByteArray> run(const QStringList &command) const;
     void stop();
 
     QTemporaryDir m_frameBuffer;
