@@ -132,10 +132,9 @@ std::function<QImage()> in(const QString &language, const std::function<QImage()
         QTranslator translator;
         if (!translator.load(QM_DIR "/recorder_" + language + ".qm"))
             return QImage();
+        // taken off again as it goes
         QCoreApplication::installTranslator(&translator);
-        const QImage picture = draw();
-        QCoreApplication::removeTranslator(&translator);
-        return picture;
+        return draw();
     };
 }
 
