@@ -87,15 +87,12 @@ QImage playerScreen(State state)
     return picture;
 }
 
-QString recorderText(const char *text)
-{
-    return QCoreApplication::translate("RecordMainWnd", text);
-}
-
 QImage saveQuestion()
 {
-    YesnoSelect question(recorderText("Do you want to save recording?"), recorderText("Yes"),
-                         recorderText("No"), nullptr);
+    const auto text = [](const char *source) {
+        return QCoreApplication::translate("RecordMainWnd", source);
+    };
+    YesnoSelect question(text("Do you want to save recording?"), text("Yes"), text("No"), nullptr);
     return grabbed(&question);
 }
 
@@ -132,10 +129,9 @@ std::function<QImage()> in(const QString &language, const std::function<QImage()
         QTranslator translator;
         if (!translator.load(QM_DIR "/recorder_" + language + ".qm"))
             return QImage();
+        // taken off again as it goes
         QCoreApplication::installTranslator(&translator);
-        const QImage picture = draw();
-        QCoreApplication::removeTranslator(&translator);
-        return picture;
+        return draw();
     };
 }
 
@@ -144,11 +140,9 @@ std::function<QImage()> in(const QString &language, const std::function<QImage()
 bool startRecording(RecordMainWnd &window)
 {
     QTest::keyClick(&window, Qt::Key_Return);
-    if (window.getDisplayState() != RecordMainWnd::DisplayRecording)
-        return false;
     // the caller counts the seconds itself
     window.findChild<QTimer *>()->stop();
-    return true;
+    return window.getDisplayState() == RecordMainWnd::DisplayRecording;
 }
 
 void tickTo(RecordMainWnd &window, int seconds)

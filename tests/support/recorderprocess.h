@@ -1,10 +1,6 @@
 #pragma once
 
 #include "tiedprocess.h"
-#include <QByteArray>
-
-#include <QProcess>
-#include <QString>
 
 // The installed-style recorder program run as a user's shell would run it, in a given device root.
 class RecorderProcess
@@ -12,7 +8,6 @@ class RecorderProcess
 public:
     explicit RecorderProcess(const QString &deviceRoot);
     ~RecorderProcess() { kill(); }
-    Q_DISABLE_COPY(RecorderProcess)
 
     void setEnv(const QString &name, const QString &value) { m_env.insert(name, value); }
     // drawn on that X display, through xcb and in software, as on a person's desktop

@@ -11,10 +11,9 @@
 
 TestDeviceRoot::TestDeviceRoot(const QByteArray &folderName)
 {
-    if (!folderName.isEmpty()) {
-        m_root += '/' + folderName;
-        ::mkdir(m_root.constData(), 0755);
-    }
+    // (the temporary folder itself is there already)
+    m_root += folderName.isEmpty() ? QByteArray() : '/' + folderName;
+    ::mkdir(m_root.constData(), 0755);
     for (const char *sub :
          {"apps/config", "apps/res/pics", "apps/res/fonts", "mnt/mmc", "mnt/mtdblock3"})
         QDir(root()).mkpath(sub);
@@ -30,10 +29,7 @@ TestDeviceRoot::TestDeviceRoot(const QByteArray &folderName)
 
 TestDeviceRoot::~TestDeviceRoot()
 {
-    if (m_oldRoot.isNull())
-        qunsetenv("RECORDER_ROOT");
-    else
-        qputenv("RECORDER_ROOT", m_oldRoot);
+    m_oldRoot.isNull() ? qunsetenv("RECORDER_ROOT") : qputenv("RECORDER_ROOT", m_oldRoot);
     qputenv("PATH", m_oldPath);
 }
 
@@ -76,11 +72,8 @@ bool TestDeviceRoot::installLanguageTable() const
 QStringList TestDeviceRoot::recordingList() const
 {
     const QByteArray bytes = readFile("/apps/config/reclist.ini");
-    if (!bytes.startsWith("\xff\xfe"))
-        return {};
-    return QTextCodec::codecForName("UTF-16LE")
-        ->toUnicode(bytes.mid(2))
-        .split('\n', Qt::SkipEmptyParts);
+    const QString text = QTextCodec::codecForName("UTF-16LE")->toUnicode(bytes.mid(2));
+    return bytes.startsWith("\xff\xfe") ? text.split('\n', Qt::SkipEmptyParts) : QStringList();
 }
 
 QString screensDir()

@@ -16,7 +16,6 @@ public:
     // the root in a folder of that name (raw bytes, as a shell would make it) in the temporary one
     explicit TestDeviceRoot(const QByteArray &folderName = {});
     ~TestDeviceRoot();
-    Q_DISABLE_COPY(TestDeviceRoot)
 
     QString root() const { return QFile::decodeName(m_root); }
     QByteArray rootBytes() const { return m_root; }
