@@ -41,11 +41,11 @@ int runningEngines = 0;
 
 void engineFinished()
 {
-    {
-        const std::lock_guard<std::mutex> lock(engineMutex);
-        if (runningEngines > 0)
-            --runningEngines;
-    }
+    // notified under the lock: whoever then finds no engine running knows that the ended one is
+    // done with the lock and the condition too, which may be gone once the program ends
+    const std::lock_guard<std::mutex> lock(engineMutex);
+    if (runningEngines > 0)
+        --runningEngines;
     engineEnded.notify_all();
 }
 

@@ -77,7 +77,8 @@ private slots:
     {
         // whatever a test left running is stopped: no encoder may outlive it
         bRecording = false;
-        QTRY_VERIFY_WITH_TIMEOUT(bRecPause == RECSOUND_STOPPED && childProcesses().isEmpty(), 5000);
+        QVERIFY(waitForEngine(5000));
+        QTRY_VERIFY_WITH_TIMEOUT(childProcesses().isEmpty(), 5000);
     }
 
     // one window through the four-hour split, pause, a stop while paused, the save question and
