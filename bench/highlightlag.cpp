@@ -15,6 +15,7 @@
 #include "scanread/scanreadedit.h"
 #include "scanread/ttsplayer.h"
 #include "scanroot.h"
+#include "spokentext.h"
 #include "storage/devicepath.h"
 
 #include <QApplication>
@@ -23,8 +24,6 @@
 #include <QTemporaryDir>
 #include <QTextStream>
 #include <QTimer>
-
-#include <espeak-ng/speak_lib.h>
 
 #include <atomic>
 #include <chrono>
@@ -69,51 +68,28 @@ quint64 fnv(const int16_t *samples, size_t count, quint64 hash = 146959810393466
 
 // ---- --marks: the bare synthesis ----
 
+// prints "word POSITION LENGTH SAMPLE" for each word and "audio SAMPLES HASH"
+int printMarks(int speed, const QString &text)
+{
+    SpokenText spoken;
+    if (!spoken.synthesise(devicePath("/mnt/hidmmc/sysdict/ttsrec"), SpeechEngine::voiceFor(101),
+                           SpeechEngine::rateFor(speed), volume, text))
+        return 1;
+    for (const SpokenText::Word &word : qAsConst(spoken.words))
+        std::printf("word %d %d %lld\n", word.position, word.length, word.sample);
+    std::printf("audio %zu %llu\n", spoken.samples.size(),
+                (unsigned long long)fnv(spoken.samples.data(), spoken.samples.size()));
+    return 0;
+}
+
+// ---- the reading ----
+
 struct Mark
 {
     int position;
     int length;
     long long sample;
 };
-
-std::vector<Mark> bareMarks;
-std::vector<int16_t> bareAudio;
-
-int collect(short *samples, int count, espeak_EVENT *events)
-{
-    bareAudio.insert(bareAudio.end(), samples, samples + std::max(count, 0));
-    for (espeak_EVENT *event = events; event && event->type != espeakEVENT_LIST_TERMINATED; ++event)
-        if (event->type == espeakEVENT_WORD)
-            bareMarks.push_back({event->text_position - 1, event->length,
-                                 (long long)event->audio_position * KOSCAN_TTS_SAMPLE_RATE / 1000});
-    return 0;
-}
-
-// prints "word POSITION LENGTH SAMPLE" for each word and "audio SAMPLES HASH"
-int printMarks(int speed, const QString &text)
-{
-    const QByteArray data = QFile::encodeName(devicePath("/mnt/hidmmc/sysdict/ttsrec"));
-    if (espeak_Initialize(AUDIO_OUTPUT_SYNCHRONOUS, 20, data.constData(), 0) !=
-        KOSCAN_TTS_SAMPLE_RATE)
-        return 1;
-    espeak_SetSynthCallback(collect);
-    espeak_SetVoiceByName(SpeechEngine::voiceFor(101));
-    espeak_SetParameter(espeakRATE, SpeechEngine::rateFor(speed), 0);
-    espeak_SetParameter(espeakVOLUME, volume, 0);
-    const QVector<uint> characters = text.toUcs4();
-    std::vector<wchar_t> wide(characters.begin(), characters.end());
-    wide.push_back(0);
-    espeak_Synth(wide.data(), wide.size() * sizeof(wchar_t), 0, POS_CHARACTER, 0, espeakCHARS_WCHAR,
-                 nullptr, nullptr);
-    espeak_Terminate();
-    for (const Mark &mark : bareMarks)
-        std::printf("word %d %d %lld\n", mark.position, mark.length, mark.sample);
-    std::printf("audio %zu %llu\n", bareAudio.size(),
-                (unsigned long long)fnv(bareAudio.data(), bareAudio.size()));
-    return 0;
-}
-
-// ---- the reading ----
 
 struct Growth
 {

@@ -5,12 +5,11 @@
 #include "host/speechengine.h"
 #include "recorderprocess.h"
 #include "screenpixels.h"
+#include "spokentext.h"
 #include "testdeviceroot.h"
 #include "xserver.h"
 
 #include <QtTest>
-
-#include <espeak-ng/speak_lib.h>
 
 namespace {
 
@@ -19,36 +18,6 @@ constexpr int stepTimeoutMs = 60000;
 constexpr int speed = 50;
 // how far from the word being heard its highlight may be seen, for a slow look at the screen
 constexpr int toleranceSamples = KOSCAN_TTS_SAMPLE_RATE / 5;
-
-// Where each word of text starts in its speech, and the length of all of it, in samples: a first
-// synthesis by espeak-ng with the voice and pace of the program's engine, which speaks the same
-// samples (it starts afresh too). The words are keyed by their place in the text.
-QMap<int, int> wordStarts(const QString &dataDir, const QString &text, int *samples)
-{
-    static QMap<int, int> starts;
-    static int made = 0;
-    starts.clear();
-    made = 0;
-    espeak_Initialize(AUDIO_OUTPUT_SYNCHRONOUS, 20, QFile::encodeName(dataDir).constData(), 0);
-    espeak_SetSynthCallback([](short *, int count, espeak_EVENT *events) {
-        made += std::max(count, 0);
-        for (; events && events->type != espeakEVENT_LIST_TERMINATED; ++events)
-            if (events->type == espeakEVENT_WORD)
-                starts.insert(events->text_position - 1,
-                              events->audio_position * KOSCAN_TTS_SAMPLE_RATE / 1000);
-        return 0;
-    });
-    espeak_SetVoiceByName(SpeechEngine::voiceFor(101));
-    espeak_SetParameter(espeakRATE, SpeechEngine::rateFor(speed), 0);
-    const QVector<uint> characters = text.toUcs4();
-    std::vector<wchar_t> wide(characters.begin(), characters.end());
-    wide.push_back(0);
-    espeak_Synth(wide.data(), wide.size() * sizeof(wchar_t), 0, POS_CHARACTER, 0, espeakCHARS_WCHAR,
-                 nullptr, nullptr);
-    espeak_Terminate();
-    *samples = made;
-    return starts;
-}
 
 // the selected part of the screen, shown inverted: columns lit in a run taller than any glyph
 QRect selectionBox(const QImage &screen)
@@ -180,16 +149,22 @@ private slots:
             QVERIFY(std::pair(boxes[i].top(), boxes[i].left()) >
                         std::pair(boxes[i - 1].top(), boxes[i - 1].left()) &&
                     boxes[i].width() < 100);
-        int samples = 0;
-        const QMap<int, int> starts =
-            wordStarts(m_root.path("/mnt/hidmmc/sysdict/ttsrec"), text, &samples);
-        QCOMPARE((QFileInfo(wav).size() - 44) / 2, qint64(samples));
+        // the engine starts afresh, as this synthesis does, and speaks the same samples
+        SpokenText spoken;
+        QVERIFY(spoken.synthesise(m_root.path("/mnt/hidmmc/sysdict/ttsrec"),
+                                  SpeechEngine::voiceFor(101), SpeechEngine::rateFor(speed), 60,
+                                  text));
+        const qint64 samples = qint64(spoken.samples.size());
+        QCOMPARE((QFileInfo(wav).size() - 44) / 2, samples);
+        QMap<int, qint64> starts;
+        for (const SpokenText::Word &word : qAsConst(spoken.words))
+            starts.insert(word.position, word.sample);
         // every word lit by the end of the speech, in order
         const QList<int> lit = starts.keys();
         QVERIFY2(seen.size() >= 3, qPrintable(QString::number(seen.size())));
         for (const auto &[word, at] : qAsConst(seen)) {
             QVERIFY(word < lit.size());
-            const int next = word + 1 < lit.size() ? starts.value(lit.at(word + 1)) : samples;
+            const qint64 next = word + 1 < lit.size() ? starts.value(lit.at(word + 1)) : samples;
             QVERIFY2(at >= starts.value(lit.at(word)) - toleranceSamples &&
                          at <= next + toleranceSamples,
                      qPrintable(QString("word %1 lit while sample %2 was heard, it spans %3-%4")
