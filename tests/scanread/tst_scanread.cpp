@@ -22,7 +22,6 @@
 #include <QtTest>
 
 #include <numeric>
-#include <thread>
 
 namespace {
 
@@ -193,8 +192,8 @@ private slots:
     }
 
     // each word is told one word ahead of the audio, with the sample it starts at: as the word
-    // before it starts to be heard (the first as the audio starts)
-    void speechReportsEachWordAndStops()
+    // before it starts to be heard (the first as the audio starts); stops: stopsAreNeverLost
+    void speechReportsEachWord()
     {
         QCOMPARE(KOSCAN_TTS_SetProgressCallBackFunc(&m_got, onWord), 0);
         m_got.wav = m_root.path("/apps/data/tts/speech.wav");
@@ -217,17 +216,6 @@ private slots:
         // the last word is heard after its report; faster is shorter
         QVERIFY(played() - before > KOSCAN_TTS_SAMPLE_RATE / 10);
         QVERIFY(fast < played() * 0.8);
-
-        // stopped while the first words are heard, play returns at once
-        m_got.count = 0;
-        std::thread speaker([] { TTSPlayer::player->play(sentence + ' ' + sentence); });
-        QTRY_VERIFY_WITH_TIMEOUT(m_got.count > 0, 20000);
-        const QDeadlineTimer soon(100);
-        QCOMPARE(TTSPlayer::player->stop(), 0);
-        speaker.join();
-        QVERIFY2(!soon.hasExpired(), "play returned more than 100 ms after stop");
-        // it ended early, not by finishing the text: few words reported, and not the last one
-        QVERIFY(m_got.count < 18);
     }
 
     // reading aloud: OK reads the selected word, in its place in the view; each reported word
@@ -448,9 +436,6 @@ private slots:
         const QString expected = normalized(texts.join(' '), han);
         const int errors = editDistance(expected, normalized(read.join(' '), han));
         QVERIFY2(errors * 100 <= expected.size() * (han ? 3 : 1), qPrintable(read.join('\n')));
-        QImage blank(400, 64, QImage::Format_Grayscale8);
-        blank.fill(255);
-        QCOMPARE(recognized(blank), QString());
     }
 
     void settingsReachEnginesInOrder_data()
