@@ -4,19 +4,19 @@
 #include "app/qcopchannel.h"
 #include "app/quitontermination.h"
 #include "app/startup.h"
+#include "player/cardnamecodec.h"
 #include "player/filemanager.h"
 #include "player/musicplayercontroller.h"
 #include "player/playerwnd.h"
 #include "storage/tracelog.h"
 
 #include <QApplication>
-#include <QTextCodec>
 #include <QTranslator>
 
 int main(int argc, char *argv[])
 {
-    // all narrow text of the device is GBK
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("GBK"));
+    // all narrow text of the device is GBK; the card's names keep their bytes whatever they are
+    CardNameCodec::install();
     QApplication app(argc, argv);
     QApplication::setPalette(recorderPalette());
     quitOnTermination(app);
