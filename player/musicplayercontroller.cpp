@@ -7,6 +7,7 @@
 #include "storage/tracelog.h"
 
 #include <QEvent>
+#include <QFile>
 #include <QFileInfo>
 #include <QKeyEvent>
 
@@ -33,14 +34,14 @@ int MusicPlayerController::findPlayable(int index, int direction) const
         const int candidate = ((index + direction * tries) % count + count) % count;
         if (m_files->exists(candidate))
             return candidate;
-        LOGW("music file missing, skipped: %s", qPrintable(m_files->at(candidate)));
+        LOGW("music file missing, skipped: %s", m_files->at(candidate).constData());
     }
     return -1;
 }
 
 bool MusicPlayerController::playFrom(int index, int direction)
 {
-    const int found = m_files->isEmpty() ? -1 : findPlayable(index, direction);
+    const int found = m_files->count() == 0 ? -1 : findPlayable(index, direction);
     if (found < 0) {
         LOGW("music list has no file to play");
         return false;
@@ -49,9 +50,11 @@ bool MusicPlayerController::playFrom(int index, int direction)
     m_direction = direction;
     m_stoppedByUser = false;
     m_positionSeen = false;
-    const QString path = m_files->filePath(found);
-    LOGI("playing %d: %s", found, qPrintable(m_files->at(found)));
-    m_window->startPlay(found, QFileInfo(path), FileManager::lengthText(path), 0, 0);
+    const QByteArray path = m_files->filePath(found);
+    LOGI("playing %d: %s", found, m_files->at(found).constData());
+    // decoded and encoded again on the way to exec, the name keeps its bytes (CardNameCodec)
+    m_window->startPlay(found, QFileInfo(QFile::decodeName(path)), FileManager::lengthText(path),
+                        0, 0);
     return true;
 }
 
@@ -102,7 +105,7 @@ void MusicPlayerController::playFinished(int nextAction)
 
 void MusicPlayerController::playFailed(int exitCode)
 {
-    LOGW("mplayer failed on %s (exit code %d)", qPrintable(m_files->at(m_index)), exitCode);
+    LOGW("mplayer failed on %s (exit code %d)", m_files->at(m_index).constData(), exitCode);
     // one round of failures over the whole list ends the attempts
     if (m_stoppedByUser || ++m_failures >= m_files->count())
         return;
