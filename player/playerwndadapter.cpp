@@ -6,10 +6,21 @@
 #include "player/playerwnd.h"
 #include "widgets/messagedialog.h"
 
+#include <QAbstractEventDispatcher>
 #include <QFile>
 #include <QKeyEvent>
+#include <QThread>
 
 #include <utility>
+
+namespace {
+
+// The player writes a status line for every 256 samples it plays (86 a second at 22.05 kHz), and
+// each wakeup to read one costs more than the line itself. Resting this long before each wait
+// takes them three or four at a time; a key waits no longer than this for its answer.
+constexpr unsigned long playingRestMs = 40;
+
+} // namespace
 
 PlayerWndAdapter::PlayerWndAdapter(playerWnd *window, QObject *parent)
     : QObject(parent), m_window(window)
@@ -29,6 +40,8 @@ PlayerWndAdapter::PlayerWndAdapter(playerWnd *window, QObject *parent)
             QMetaObject::invokeMethod(window, &playerWnd::processFinished, Qt::QueuedConnection);
     });
     connect(window, &playerWnd::playerwndQuit, window, &QWidget::close);
+    connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::aboutToBlock, this,
+            &PlayerWndAdapter::restWhilePlaying);
     window->installEventFilter(this);
 }
 
@@ -71,13 +84,25 @@ void PlayerWndAdapter::leave()
 
 bool PlayerWndAdapter::eventFilter(QObject *watched, QEvent *event)
 {
-    if (watched != m_window || event->type() != QEvent::KeyPress)
+    const bool press = event->type() == QEvent::KeyPress;
+    if (watched != m_window || (!press && event->type() != QEvent::KeyRelease))
         return QObject::eventFilter(watched, event);
-    const int key = static_cast<QKeyEvent *>(event)->key();
-    if (key != Qt::Key_Return && key != Qt::Key_F7 && key != Qt::Key_F8 && key != Qt::Key_Escape)
+    const auto *keyEvent = static_cast<QKeyEvent *>(event);
+    const int key = keyEvent->key();
+    if ((key == Qt::Key_F5 || key == Qt::Key_F6) && !keyEvent->isAutoRepeat())
+        m_quickSeeking = press;
+    if (!press ||
+        (key != Qt::Key_Return && key != Qt::Key_F7 && key != Qt::Key_F8 && key != Qt::Key_Escape))
         return false;
     // stopped, the window would do nothing with OK, F7 and F8, and close on Escape
     const bool stopped = m_window->state() == playerWnd::Stopped;
     emit keyPressed(key);
     return stopped;
+}
+
+void PlayerWndAdapter::restWhilePlaying()
+{
+    // not while F5/F6 are held: the quick-seek pointer's ticks keep their pace
+    if (m_window && m_window->state() == playerWnd::Playing && !m_quickSeeking)
+        QThread::msleep(playingRestMs);
 }

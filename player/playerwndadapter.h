@@ -13,7 +13,9 @@ class MusicPlayerController;
 // is used as it is; what it leaves to its owner is done here:
 // - a player that cannot be started ends its run as a failed one, and the window shows "stopped";
 // - OK, F7, F8 and Escape go to the controller, and while the window is stopped they are the
-//   controller's alone (the window would do nothing with them, or close).
+//   controller's alone (the window would do nothing with them, or close);
+// - while the player plays, the program rests a little before each wait for events, so that the
+//   player's status lines are read a few at a time rather than with one wakeup each.
 class PlayerWndAdapter : public QObject
 {
     Q_OBJECT
@@ -41,6 +43,9 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
+    void restWhilePlaying();
+
     QPointer<playerWnd> m_window;
+    bool m_quickSeeking = false;
     bool m_positionSeen = false;
 };
