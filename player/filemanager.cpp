@@ -6,7 +6,8 @@
 #include "storage/tracelog.h"
 
 #include <QFile>
-#include <QFileInfo>
+
+#include <sys/stat.h>
 
 int FileManager::load()
 {
@@ -16,36 +17,40 @@ int FileManager::load()
         LOGW("no music list: %s", qPrintable(list.fileName()));
         return -1;
     }
-    // names are the card's bytes, as the scan found them
-    for (const QByteArray &line : list.readAll().split('\n')) {
-        const QByteArray name = line.trimmed();
-        if (!name.isEmpty())
-            m_files.append(QFile::decodeName(name));
+    QByteArray text = list.readAll();
+    if (text.startsWith("\xEF\xBB\xBF"))
+        text.remove(0, 3);
+    // names are the card's bytes, as the scan found them: blanks belong to them
+    for (QByteArray &line : text.split('\n')) {
+        if (line.endsWith('\r'))
+            line.chop(1);
+        if (!line.isEmpty())
+            m_files.append(line);
     }
     LOGI("music list: %d files", static_cast<int>(m_files.size()));
     return m_files.size();
 }
 
-QString FileManager::filePath(int index) const
+QByteArray FileManager::filePath(int index) const
 {
-    return devicePath(at(index));
+    return devicePathBytes(at(index).constData());
 }
 
 bool FileManager::exists(int index) const
 {
-    return index >= 0 && index < m_files.size() && QFileInfo(filePath(index)).isFile();
+    struct stat info = {};
+    return index >= 0 && index < m_files.size() &&
+           ::stat(filePath(index).constData(), &info) == 0 && S_ISREG(info.st_mode);
 }
 
-QString FileManager::lengthText(const QString &path)
+QString FileManager::lengthText(const QByteArray &path)
 {
-    const QByteArray bytes = QFile::encodeName(path);
-    if (path.endsWith(QLatin1String(".wav"), Qt::CaseInsensitive)) {
+    if (path.toLower().endsWith(".wav")) {
         char text[32] = {};
-        return getWaveDuration(bytes.constData(), text) == 0 ? QString::fromLatin1(text)
-                                                             : QString();
+        return getWaveDuration(path.constData(), text) == 0 ? QString::fromLatin1(text) : QString();
     }
     audioinfo info;
     initaudioinfo(&info);
-    return getaudioinfo(bytes.constData(), &info) == 0 ? QString::fromLatin1(info.play_time)
-                                                       : QString();
+    return getaudioinfo(path.constData(), &info) == 0 ? QString::fromLatin1(info.play_time)
+                                                      : QString();
 }

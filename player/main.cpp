@@ -4,35 +4,30 @@
 #include "app/qcopchannel.h"
 #include "app/quitontermination.h"
 #include "app/startup.h"
-#include "player/filemanager.h"
-#include "player/musicplayercontroller.h"
-#include "player/playerwnd.h"
-#include "storage/tracelog.h"
+#include "player/cardnamecodec.h"
+#include "player/musicplayer.h"
+#include "widgets/penfonts.h"
 
 #include <QApplication>
-#include <QTextCodec>
 #include <QTranslator>
 
 int main(int argc, char *argv[])
 {
-    // all narrow text of the device is GBK
-    QTextCodec::setCodecForLocale(QTextCodec::codecForName("GBK"));
+    // all narrow text of the device is GBK; the card's names keep their bytes whatever they are
+    CardNameCodec::install();
     QApplication app(argc, argv);
     QApplication::setPalette(recorderPalette());
     quitOnTermination(app);
-    // the texts in the language the user chose for the pen
+    // the texts in the pen's fonts, in the language the user chose for the pen
+    loadPenFonts();
     QTranslator translator;
     applyTranslation(app, translator, readSystemLanguage());
 
-    FileManager files;
-    files.load();
     int result = 0;
     {
-        playerWnd window;
-        MusicPlayerController controller(&files, &window);
-        window.show();
-        if (!controller.start())
-            LOGW("nothing to play; Escape leaves");
+        MusicPlayer player;
+        player.window().show();
+        player.start();
         result = QApplication::exec();
     }
     // the shell must have every message before the process is gone

@@ -1,123 +1,141 @@
 #include "player/musicplayercontroller.h"
 
 #include "player/filemanager.h"
-#include "player/mplayerprocess.h"
-#include "player/playerwnd.h"
 #include "storage/configwidget.h"
 #include "storage/tracelog.h"
 
-#include <QEvent>
-#include <QFileInfo>
-#include <QKeyEvent>
+#include <utility>
 
-MusicPlayerController::MusicPlayerController(FileManager *files, playerWnd *window, QObject *parent)
-    : QObject(parent), m_files(files), m_window(window)
+MusicPlayerController::MusicPlayerController(FileManager *files, QObject *parent)
+    : QObject(parent), m_files(files)
 {
-    connect(window, &playerWnd::mplayerPlayFinished, this, &MusicPlayerController::playFinished);
-    connect(window, &playerWnd::mplayerFinishedWithError, this, &MusicPlayerController::playFailed);
-    connect(window->process(), &MplayerProcess::receivedCurrentSec, this,
-            [this] { m_positionSeen = true; });
-    window->installEventFilter(this);
 }
 
-bool MusicPlayerController::start(int index)
+void MusicPlayerController::start()
 {
-    m_failures = 0;
-    return playFrom(index, 1);
+    m_failed.fill(false, m_files->count());
+    m_index = -1;
+    m_direction = 1;
+    playFrom(0, 1, false);
 }
 
-int MusicPlayerController::findPlayable(int index, int direction) const
+bool MusicPlayerController::playable(int index) const
+{
+    return !m_failed.value(index) && m_files->exists(index);
+}
+
+int MusicPlayerController::find(int index, int direction, bool wrap) const
 {
     const int count = m_files->count();
-    for (int tries = 0; tries < count; ++tries) {
-        const int candidate = ((index + direction * tries) % count + count) % count;
-        if (m_files->exists(candidate))
-            return candidate;
-        LOGW("music file missing, skipped: %s", qPrintable(m_files->at(candidate)));
+    for (int tries = 0; tries < count; ++tries, index += direction) {
+        if (wrap)
+            index = (index % count + count) % count;
+        else if (index < 0 || index >= count)
+            break;
+        if (playable(index))
+            return index;
+        if (!m_failed.value(index))
+            LOGW("music file missing, skipped: %s", m_files->at(index).constData());
     }
     return -1;
 }
 
-bool MusicPlayerController::playFrom(int index, int direction)
+void MusicPlayerController::playFrom(int index, int direction, bool wrap)
 {
-    const int found = m_files->isEmpty() ? -1 : findPlayable(index, direction);
-    if (found < 0) {
-        LOGW("music list has no file to play");
-        return false;
-    }
-    m_index = found;
-    m_direction = direction;
-    m_stoppedByUser = false;
-    m_positionSeen = false;
-    const QString path = m_files->filePath(found);
-    LOGI("playing %d: %s", found, qPrintable(m_files->at(found)));
-    m_window->startPlay(found, QFileInfo(path), FileManager::lengthText(path), 0, 0);
-    return true;
-}
-
-void MusicPlayerController::playFinished(int nextAction)
-{
-    if (m_stoppedByUser) {
-        // Escape stopped the run: the window waits for the next Escape to leave
-        m_stoppedByUser = false;
+    const int found = find(index, direction, wrap);
+    if (found >= 0) {
+        play(found);
         return;
     }
-    switch (nextAction) {
-    case -1:
-        m_failures = 0;
-        playFrom(m_index - 1, -1);
-        break;
-    case 1:
-        m_failures = 0;
-        playFrom(m_index + 1, 1);
-        break;
-    case 0:
-        // a run without a single position could not play its file (mplayer says so and exits
-        // as after a natural end)
-        if (!m_positionSeen) {
-            playFailed(0);
-            break;
+    for (int i = 0; i < m_files->count(); ++i) {
+        if (playable(i)) {
+            LOGI("end of the music list");
+            return;
         }
-        m_failures = 0;
-        switch (ConfigWidget::instance()->getLoopMode()) {
-        case RepeatOne:
-            playFrom(m_index, 1);
-            break;
-        case RepeatAll:
-            playFrom(m_index + 1, 1);
-            break;
-        default:
-            if (m_index + 1 < m_files->count())
-                playFrom(m_index + 1, 1);
-            else
-                LOGI("end of the music list");
-            break;
-        }
-        break;
-    default:
-        // the current run was quit: nothing follows
-        break;
     }
+    LOGW("nothing in the music list can be played");
+    emit nothingToPlay();
 }
 
-void MusicPlayerController::playFailed(int exitCode)
+void MusicPlayerController::play(int index)
 {
-    LOGW("mplayer failed on %s (exit code %d)", qPrintable(m_files->at(m_index)), exitCode);
-    // one round of failures over the whole list ends the attempts
-    if (m_stoppedByUser || ++m_failures >= m_files->count())
+    m_index = index;
+    m_running = true;
+    m_played = false;
+    m_userStop = false;
+    m_userStep = 0;
+    LOGI("playing %d: %s", index, m_files->at(index).constData());
+    emit playRequested(index, m_files->filePath(index));
+}
+
+void MusicPlayerController::runPlaying()
+{
+    m_played = m_running;
+}
+
+void MusicPlayerController::runEnded(int nextAction)
+{
+    runOver(nextAction, false);
+}
+
+void MusicPlayerController::runFailed(int exitCode)
+{
+    LOGW("mplayer failed on %s (exit code %d)", m_files->at(m_index).constData(), exitCode);
+    runOver(0, true);
+}
+
+void MusicPlayerController::runOver(int nextAction, bool failed)
+{
+    if (!m_running)
         return;
-    playFrom(m_index + m_direction, m_direction);
+    m_running = false;
+    // a run the user ended early says nothing about its file
+    if (!m_played && !m_userStop && m_userStep == 0) {
+        m_failed[m_index] = true;
+        LOGW("music file cannot be played, skipped from now on: %s",
+             m_files->at(m_index).constData());
+    }
+    // a hung player killed after F7 reports a failure, not the step it was stopped for
+    const int step = m_userStep != 0 ? m_userStep : nextAction;
+    m_userStep = 0;
+    if (std::exchange(m_userStop, false))
+        return;
+    if (step == -1 || step == 1) {
+        m_direction = step;
+        playFrom(m_index + step, step, true);
+        return;
+    }
+    if (step != 0)
+        return;
+    const int mode = ConfigWidget::instance()->getLoopMode();
+    if (failed || !m_played) {
+        playFrom(m_index + m_direction, m_direction, mode != NotRepeat);
+        return;
+    }
+    m_direction = 1;
+    playFrom(mode == RepeatOne ? m_index : m_index + 1, 1, mode != NotRepeat);
 }
 
-bool MusicPlayerController::eventFilter(QObject *watched, QEvent *event)
+void MusicPlayerController::keyPressed(int key)
 {
-    if (watched == m_window) {
-        if (event->type() == QEvent::KeyPress &&
-            static_cast<QKeyEvent *>(event)->key() == Qt::Key_Escape &&
-            m_window->state() != playerWnd::Stopped)
-            m_stoppedByUser = true;
-        else if (event->type() == QEvent::Close)
-            emit finished();
+    const int step = key == Qt::Key_F7 ? -1 : key == Qt::Key_F8 ? 1 : 0;
+    if (m_running) {
+        // the window stops the run; its end brings the step or the stop
+        if (step != 0)
+            m_userStep = step;
+        else if (key == Qt::Key_Escape)
+            m_userStop = true;
+        return;
     }
-    return QObject::eventFilter(watched, event);
+    if (step != 0) {
+        m_direction = step;
+        playFrom(m_index + step, step, true);
+    } else if (key == Qt::Key_Return) {
+        if (playable(m_index))
+            play(m_index);
+        else
+            playFrom(0, 1, true);
+    } else if (key == Qt::Key_Escape) {
+        emit leaveRequested();
+    }
 }

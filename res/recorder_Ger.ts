@@ -16,6 +16,13 @@
     </message>
 </context>
 <context>
+    <name>PlayerWndAdapter</name>
+    <message>
+        <source>No music</source>
+        <translation>Keine Musik</translation>
+    </message>
+</context>
+<context>
     <name>RecordMainWnd</name>
     <message>
         <source>No enough disk space.</source>

@@ -8,7 +8,7 @@
 #   F5/F6 held = quick seek, F7/F8 = previous/next, Up/Down = volume, F12 = options, Escape
 #   stops, Escape again leaves); the shell's messages are printed here.
 #   Without one: a short scripted session under Xvfb (play, pause, resume, quick seek forward,
-#   next, quit) that says what it did and saves screenshots.
+#   next, stop, play again, stop, quit) that says what it did and saves screenshots.
 set -euo pipefail
 
 repo="$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)"
@@ -186,6 +186,15 @@ run_headless() {
     x_press "$PLAYER_PID" Escape
     wait_for_line "$shell_log" "enableAutoSleep" "$seen"
     x_grab "$screens/run_player_5_stopped.png"
+
+    seen="$(lines_of "$log")"
+    echo "player: OK (the stopped song plays again)"
+    x_press "$PLAYER_PID" Return
+    wait_for_line "$log" "playing 1: " "$seen"
+    seen="$(lines_of "$shell_log")"
+    echo "player: Escape (stop)"
+    x_press "$PLAYER_PID" Escape
+    wait_for_line "$shell_log" "enableAutoSleep" "$seen"
     echo "player: Escape (leave)"
     x_press "$PLAYER_PID" Escape
     wait "$PLAYER_PID" || true

@@ -38,7 +38,7 @@ bool PlayerFixture::installScriptedPlayer()
                             "echo \"$3\" >> \"$RECORDER_ROOT/played\"\n"
                             "case \"$3\" in\n"
                             "    *ends*) printf 'A:   1.0 (01.0) of 1.0 (01.0)\\n'; exit 0 ;;\n"
-                            "    *fails*) exit 1 ;;\n"
+                            "    *hangs*) exec sleep 600 ;;\n"
                             "esac\n"
                             "while read -r cmd; do\n"
                             "    echo \"$cmd\" >> \"$RECORDER_ROOT/commands\"\n"

@@ -17,8 +17,8 @@ public:
     bool installStandIn();
     // A scripted player (for runs no real player can give on demand): notes its process id in
     // /pids, each file it is given in /played and each command in /commands; a file named *ends*
-    // reports one position and ends (exit 0), one named *fails* exits with 1, any other runs until
-    // "quit".
+    // reports one position and ends (exit 0), one named *hangs* never reads its commands, any
+    // other runs until "quit".
     bool installScriptedPlayer();
     // recconfig.ini holding these [RecorderSet] lines, and its text.
     bool writeSettings(const QByteArray &lines)

@@ -118,7 +118,8 @@ void checkDialogs(const QString &picture)
         translated("Recording") + translated(" [") + "231123_12.mp3" + translated("] ") +
             translated("save to library"),
         translated("No enough storage space, please remove some files.", "main"),
-        translated("The file is too big, please create new file!", "MyEdit")};
+        translated("The file is too big, please create new file!", "MyEdit"),
+        translated("No music", "PlayerWndAdapter")};
     for (int i = 0; i < messages.size(); ++i) {
         MessageDialog message(nullptr, messages.at(i), 0);
         shoot(message, picture + "message" + QString::number(i + 1));
@@ -181,6 +182,7 @@ private slots:
                                SOURCE_DIR "/recorder",
                                SOURCE_DIR "/widgets",
                                SOURCE_DIR "/storage",
+                               SOURCE_DIR "/player",
                                "-ts"};
         QCOMPARE(QProcess::execute(LUPDATE_BIN, scan + copies), 0);
         const QRegularExpression message(
