@@ -59,8 +59,9 @@ private slots:
 
     void init()
     {
-        QVERIFY(m_recorder.start());
-        QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 1, 60000);
+        // a stop at start-up changes the card before the program starts
+        if (QTest::currentTestFunction() != QLatin1String("shellStopEndsEveryState"))
+            QVERIFY(startRecorder());
     }
 
     void cleanup()
@@ -154,7 +155,100 @@ private slots:
         QVERIFY(m_root.exists(card("_2.wav")) && m_root.recordingList().value(0) == card("_2.wav"));
     }
 
+    // The shell's stop ends the program whatever is on screen, modal dialogs included; a
+    // recording asked about is kept unanswered.
+    void shellStopEndsEveryState_data()
+    {
+        QTest::addColumn<QString>("state");
+        QTest::addColumn<QByteArray>("word");
+        QTest::newRow("save-question-stop-keeps-it") << "question" << QByteArray("stop");
+        QTest::newRow("save-question-stoponly-keeps-it") << "question" << QByteArray("stoponly");
+        QTest::newRow("saved-message-stop") << "saved" << QByteArray("stop");
+        QTest::newRow("options-menu-stoponly") << "options" << QByteArray("stoponly");
+        QTest::newRow("full-library-message-stop") << "full" << QByteArray("stop");
+        QTest::newRow("no-space-at-start-up-stop") << "no-space" << QByteArray("stop");
+    }
+
+    void shellStopEndsEveryState()
+    {
+        QFETCH(QString, state);
+        QFETCH(QByteArray, word);
+        const QString list = "/apps/config/reclist.ini";
+        const QByteArray listBefore = m_root.readFile(list);
+        const QString esc = "mainprocess ESC(QString) escpressed";
+        const int escBefore = heard().count(esc);
+        const int unanswered = m_recorder.standardError().count("closed unanswered");
+        const QString space = m_root.path("/mnt/mtdblock3");
+        QStringList full;
+        const auto restore = qScopeGuard([&] {
+            QDir().mkpath(space);
+            for (const QString &file : full)
+                QFile::remove(m_root.path(file));
+            if (!full.isEmpty())
+                m_root.writeFile(list, listBefore);
+        });
+        if (state == "full") {
+            QString lines;
+            for (int i = 0; i < 1000; ++i) {
+                full << QStringLiteral("/mnt/mmc/e_Recorder/full_%1.mp3").arg(i);
+                QVERIFY(m_root.writeFile(full.last(), "x"));
+                lines += full.last() + '\n';
+            }
+            QVERIFY(m_root.writeFile(
+                list, "\xff\xfe" + QByteArray(reinterpret_cast<const char *>(lines.utf16()),
+                                              lines.size() * 2)));
+        }
+        // no space measured at start-up: the message comes before anything else
+        if (state == "no-space")
+            QVERIFY(QDir(space).removeRecursively());
+        const QStringList before = m_root.recordingList();
+        QVERIFY(startRecorder(state == "no-space" ? 2 : 1));
+
+        QString recorded;
+        if (state == "question" || state == "saved") {
+            QVERIFY(press("Return"));
+            QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root).size(), 1, stepTimeoutMs);
+            recorded = m_root.recordingList().value(0);
+            // long enough to be asked about
+            QTRY_VERIFY_WITH_TIMEOUT(secondsIn(m_root.path(recorded)) >= 6, stepTimeoutMs);
+            QVERIFY(press("Escape"));
+            QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 2, stepTimeoutMs);
+            if (state == "saved") {
+                const QString question = windows().last();
+                QVERIFY(press("Return"));
+                // the confirmation in the question's place; it goes by itself in two seconds
+                QTRY_VERIFY_WITH_TIMEOUT(windows().size() == 2 && windows().last() != question,
+                                         stepTimeoutMs);
+            }
+        } else if (state != "no-space") {
+            QVERIFY(press(state == "options" ? "F12" : "Return"));
+            QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 2, stepTimeoutMs);
+        }
+        QElapsedTimer stopped;
+        stopped.start();
+        QCOMPARE(QProcess::execute(QStringLiteral(QCOP_BIN),
+                                   {"send", "recorderprocess", "execute(QString)", word}),
+                 0);
+        QVERIFY(endedWell());
+        qInfo("ended %lld ms after the %s", stopped.elapsed(), word.constData());
+        QVERIFY(encoders(m_root).isEmpty());
+        // nothing lost; a recording asked about is kept, on the card and first in the list
+        QCOMPARE(m_root.recordingList(),
+                 recorded.isEmpty() ? before : QStringList(recorded) + before);
+        QVERIFY(recorded.isEmpty() || secondsIn(m_root.path(recorded)) >= 6);
+        // a dialog on screen was closed by the stop, not by its own time-out
+        QCOMPARE(m_recorder.standardError().count("closed unanswered") - unanswered,
+                 int(state != "options"));
+        QTRY_COMPARE_WITH_TIMEOUT(heard().count(esc), escBefore + int(word == "stoponly"),
+                                  stepTimeoutMs);
+    }
+
 private:
+    bool startRecorder(int shown = 1)
+    {
+        return m_recorder.start() &&
+               QTest::qWaitFor([&] { return windows().size() == shown; }, 60000);
+    }
     QStringList windows() const { return m_x.visibleWindows(m_recorder.pid()); }
     bool press(const QString &key) const { return m_x.pressKey(m_recorder.pid(), key); }
     QString card(const QString &suffix) const { return "/mnt/mmc/e_Recorder/" + m_day + suffix; }
@@ -164,10 +258,11 @@ private:
     bool endedWell() { return m_recorder.waitForExit(stepTimeoutMs) && m_recorder.exitCode() == 0; }
     // Seconds of sound in the recording on the card so far, by its size: 96 kbit/s MP3 or 11025 Hz
     // 16-bit mono WAV after its 44-byte header. The encoders write as the sound comes.
-    double secondsOnCard(const QString &suffix) const
+    double secondsOnCard(const QString &suffix) const { return secondsIn(path(suffix)); }
+    static double secondsIn(const QString &file)
     {
-        const qint64 size = QFileInfo(path(suffix)).size();
-        return suffix.endsWith(".mp3") ? size / 12000.0 : (size - 44) / 22050.0;
+        const qint64 size = QFileInfo(file).size();
+        return file.endsWith(".mp3") ? size / 12000.0 : (size - 44) / 22050.0;
     }
     // "CHANNEL MESSAGE DATA" of each message the shell has heard, oldest first
     QStringList heard() { return QString(m_shell.peek(1 << 20)).split('\n', Qt::SkipEmptyParts); }
