@@ -266,7 +266,11 @@ void MyEdit::readText(const QString &text, int start)
 
 bool MyEdit::isReading() const
 {
-    return m_soundThread && m_soundThread->isRunning();
+    if (m_soundThread && m_soundThread->isRunning())
+        return true;
+    // whoever learns that the reading is over sees what the speech thread did
+    takeOverThread(m_soundThread);
+    return false;
 }
 
 void MyEdit::resetHighlights()
