@@ -18,21 +18,6 @@ namespace {
 // A loaded machine may take a while to show a window: a minute for the first one.
 constexpr int stepTimeoutMs = 20000;
 
-// The encoders running from a device root's usr/sbin with their command lines, by pid, found by
-// their executable: a zombie has none any more, it no longer records.
-QMap<qint64, QString> encoders(const TestDeviceRoot &root)
-{
-    const QString sbin = QDir(root.path("/usr/sbin")).canonicalPath() + '/';
-    QMap<qint64, QString> found;
-    for (const QString &pid : QDir("/proc").entryList(QDir::Dirs)) {
-        QFile arguments("/proc/" + pid + "/cmdline");
-        if (QFile::symLinkTarget("/proc/" + pid + "/exe").startsWith(sbin) &&
-            arguments.open(QIODevice::ReadOnly))
-            found.insert(pid.toLongLong(), arguments.readAll().replace('\0', ' ').trimmed());
-    }
-    return found;
-}
-
 } // namespace
 
 class TestEndToEnd : public QObject
@@ -71,7 +56,7 @@ private slots:
         m_recorder.kill();
         // nothing a failed case started may record on into the next one
         // (an orphan is ours to reap, any other pid answers at once)
-        for (qint64 pid : encoders(m_root).keys()) {
+        for (qint64 pid : encoders(m_root.root()).keys()) {
             ::kill(pid_t(pid), SIGKILL);
             waitpid(pid_t(pid), nullptr, 0);
         }
@@ -80,10 +65,10 @@ private slots:
     void recordPauseResumeAndKeep()
     {
         QVERIFY(press("Return"));
-        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root).values(),
+        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root.root()).values(),
                                   QStringList{"shine -b 96 -s 24000 " + path(".mp3")},
                                   stepTimeoutMs);
-        const qint64 encoder = encoders(m_root).firstKey();
+        const qint64 encoder = encoders(m_root.root()).firstKey();
         QTRY_VERIFY_WITH_TIMEOUT(secondsOnCard(".mp3") >= 6, stepTimeoutMs);
         QVERIFY(press("Return"));
         QTRY_COMPARE_WITH_TIMEOUT(processState(encoder), 'T', stepTimeoutMs);
@@ -128,8 +113,8 @@ private slots:
 
         QVERIFY(press("Return"));
         // the day's first recording is on the card already
-        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root).values(), wav("_1.wav"), stepTimeoutMs);
-        const qint64 encoder = encoders(m_root).firstKey();
+        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root.root()).values(), wav("_1.wav"), stepTimeoutMs);
+        const qint64 encoder = encoders(m_root.root()).firstKey();
         QTRY_VERIFY_WITH_TIMEOUT(secondsOnCard("_1.wav") >= 6, stepTimeoutMs); // to be kept
         QVERIFY(press("Return"));
         QTRY_COMPARE_WITH_TIMEOUT(processState(encoder), 'T', stepTimeoutMs);
@@ -139,7 +124,7 @@ private slots:
                                    {"send", "recorderprocess", "execute(QString)", "stop"}),
                  0);
         QVERIFY(endedWell());
-        QVERIFY(encoders(m_root).isEmpty());
+        QVERIFY(encoders(m_root.root()).isEmpty());
         QCOMPARE(m_root.recordingList(), QStringList({card("_1.wav"), card(".mp3")}));
     }
 
@@ -147,10 +132,10 @@ private slots:
     {
         QVERIFY(press("Return"));
         // the format and quality chosen before are still in force
-        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root).values(), wav("_2.wav"), stepTimeoutMs);
+        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root.root()).values(), wav("_2.wav"), stepTimeoutMs);
         QTRY_VERIFY_WITH_TIMEOUT(secondsOnCard("_2.wav") >= 1, stepTimeoutMs);
         m_recorder.kill();
-        QTRY_VERIFY_WITH_TIMEOUT(encoders(m_root).isEmpty(), 1000);
+        QTRY_VERIFY_WITH_TIMEOUT(encoders(m_root.root()).isEmpty(), 1000);
         // listed when it started, so a crash does not lose it
         QVERIFY(m_root.exists(card("_2.wav")) && m_root.recordingList().value(0) == card("_2.wav"));
     }
@@ -207,7 +192,7 @@ private slots:
         QString recorded;
         if (state == "question" || state == "saved") {
             QVERIFY(press("Return"));
-            QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root).size(), 1, stepTimeoutMs);
+            QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root.root()).size(), 1, stepTimeoutMs);
             recorded = m_root.recordingList().value(0);
             // long enough to be asked about
             QTRY_VERIFY_WITH_TIMEOUT(secondsIn(m_root.path(recorded)) >= 6, stepTimeoutMs);
@@ -231,7 +216,7 @@ private slots:
                  0);
         QVERIFY(endedWell());
         qInfo("ended %lld ms after the %s", stopped.elapsed(), word.constData());
-        QVERIFY(encoders(m_root).isEmpty());
+        QVERIFY(encoders(m_root.root()).isEmpty());
         // nothing lost; a recording asked about is kept, on the card and first in the list
         QCOMPARE(m_root.recordingList(),
                  recorded.isEmpty() ? before : QStringList(recorded) + before);
