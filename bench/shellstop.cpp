@@ -1,10 +1,10 @@
 // The shell's "stop" (or "stoponly") at random moments of the recorder's life, as when the pen is
-// switched off: idle, recording, paused, with the options menu open, during the save question
-// and during the "saved" message. Each cycle starts the installed recorder in one device root
-// under Xvfb, drives it with xdotool into a state chosen at random, waits a random time there,
-// sends the stop and measures until the process has ended. After each cycle no encoder may be
-// left and the list may have lost nothing: every recording listed before is still listed, and
-// one of 5 s or more (asked about, or about to be) is kept.
+// switched off: idle, starting a recording, recording, paused, with the options menu open,
+// during the save question and during the "saved" message. Each cycle starts the installed recorder
+// in one device root under Xvfb, drives it with xdotool into a state chosen at random, waits a
+// random time there, sends the stop and measures until the process has ended. After each cycle no
+// encoder may be left and the list may have lost nothing: every recording listed before is still
+// listed, and one of 5 s or more (asked about, or about to be) is kept.
 //   bench_shell_stop [CYCLES]       (50 by default; BENCH_SEED=N repeats a run)
 // The figure is the longest time from the stop to the process gone; the goal is 2 s.
 
@@ -28,7 +28,8 @@ namespace {
 constexpr qint64 goalMs = 2000;
 constexpr int stepMs = 30000;
 
-const char *const phases[] = {"idle", "recording", "paused", "options", "question", "saved"};
+const char *const phases[] = {"idle",    "starting", "recording", "paused",
+                              "options", "question", "saved"};
 
 bool waitFor(const std::function<bool()> &done, int timeoutMs = stepMs)
 {
@@ -67,6 +68,8 @@ public:
         Cycle cycle;
         cycle.phase = QLatin1String(phases[random.bounded(int(std::size(phases)))]);
         cycle.pauseMs = random.bounded(cycle.phase == "saved" ? 1500 : 3000);
+        if (cycle.phase == "starting") // before, while or just after the encoder starts
+            cycle.pauseMs = random.bounded(600);
         cycle.word = random.bounded(2) ? "stop" : "stoponly";
         const QStringList before = m_root.recordingList();
         if (!m_recorder.start() || !waitFor([&] { return windows().size() == 1; })) {
@@ -122,6 +125,8 @@ private:
             return true;
         if (phase == "options")
             return press("F12") && waitFor([&] { return windows().size() == 2; });
+        if (phase == "starting")
+            return press("Return");
         if (!press("Return") || !waitFor([&] { return encoders(m_root.root()).size() == 1; }))
             return false;
         recording = m_root.recordingList().value(0);
