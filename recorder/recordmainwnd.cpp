@@ -276,6 +276,9 @@ void RecordMainWnd::startRecord()
 
 void RecordMainWnd::startNewRecord()
 {
+    // a split's next file is not begun once the shell has ended the program
+    if (stopRequested)
+        return;
     setRecordState();
 }
 
