@@ -64,6 +64,8 @@ int ConfigReader::init()
     qDebug() << "====init";
     setLanInfo(intValue(*m_settings, "InfoListen/Lan", 0));
     m_scanDirect = intValue(*m_settings, "InfoListen/ScanDirect", 0);
+    // whether each scanned line is read aloud at once; off unless the pen is set so
+    m_readControl = intValue(*m_settings, "InfoListen/ReadControl", 0);
     setReadSpeedInfo(m_readSpeed);
     setVolumInfo(m_volume);
     qDebug() << "====init end";

@@ -2,9 +2,10 @@
 
 class QSettings;
 
-// The reader's view of /apps/config/config.ini: reading language, scan direction, hand, speed
-// and volume. Applying a language sets up both engines at once. One shared instance,
-// ConfigReader::reader, created on first use by its users.
+// The reader's view of /apps/config/config.ini: reading language, scan direction, hand, speed,
+// volume and whether scanned lines are read at once ("InfoListen/ReadControl"). Applying a language
+// sets up both engines at once. One shared instance, ConfigReader::reader, created on first use by
+// its users.
 class ConfigReader
 {
 public:

@@ -42,8 +42,10 @@ int KOSCAN_OCR_FreeEngine(void *handle);
 enum { KOSCAN_TTS_SAMPLE_RATE = 22050 };
 
 // Progress of KOSCAN_TTS_Play, once per word in the order spoken, on the thread that called Play,
-// as the word's last sample is played: the word's position and length in UTF-16 code units of
-// the text given to Play, and the samples of this Play's audio up to the end of the word.
+// one word ahead of the audio: a word is reported as the word before it starts to be heard (the
+// first word as the audio starts), with its position and length in UTF-16 code units of the text
+// given to Play and the sample of this Play's audio at which the word starts. The time from one
+// report's sample to the next is thus the time until the reported word is heard.
 typedef void (*KOSCAN_TTS_ProgressCallBack)(void *context, int textPosition, int textLength,
                                             int pcmPosition);
 

@@ -227,6 +227,12 @@ void MyEdit::FinishSound()
     takeOverThread(m_soundThread);
     sendToShell("soundno");
     m_soundFinished = 1;
+    m_soundRunning = false;
+    if (m_readPending) {
+        m_readPending = false;
+        startReading(m_pendingText, m_pendingStart);
+        return;
+    }
     if (m_highlights.isEmpty())
         restoreAfterReading();
 }
@@ -241,6 +247,9 @@ void MyEdit::restoreAfterReading()
 
 void MyEdit::StopTTS()
 {
+    // also a reading that has not reached the engine yet: it is not to start at all
+    m_readCancelled = true;
+    m_readPending = false;
     if (speech()->stop() != 0)
         qDebug() << "tts in stoptts stop error";
 }
@@ -249,28 +258,35 @@ void MyEdit::readText(const QString &text, int start)
 {
     if (text.isEmpty() || !m_soundThread)
         return;
-    if (m_soundThread->isRunning()) {
-        StopTTS();
-        m_soundThread->wait();
-    }
-    takeOverThread(m_soundThread);
     resetHighlights();
     if (!m_restorePending)
         m_readCursor = textCursor();
     m_restorePending = true;
+    if (m_soundRunning) {
+        // never wait here for the engine: the reading under way ends within a slice of audio,
+        // and this one starts as soon as it has
+        StopTTS();
+        m_pendingText = text;
+        m_pendingStart = start;
+        m_readPending = true;
+        return;
+    }
+    startReading(text, start);
+}
+
+void MyEdit::startReading(const QString &text, int start)
+{
     m_readStart = start;
     m_soundFinished = 0;
+    m_readCancelled = false;
+    m_soundRunning = true;
     m_soundThread->setContent(text);
     m_soundThread->start();
 }
 
 bool MyEdit::isReading() const
 {
-    if (m_soundThread && m_soundThread->isRunning())
-        return true;
-    // whoever learns that the reading is over sees what the speech thread did
-    takeOverThread(m_soundThread);
-    return false;
+    return m_soundRunning;
 }
 
 void MyEdit::resetHighlights()
@@ -506,10 +522,13 @@ void MyEdit::keyPressEvent(QKeyEvent *event)
         PressEnter();
         break;
     case Qt::Key_Escape:
-        if (isReading())
+        if (isReading()) {
             StopTTS();
-        else
+            // the word after the one heard was told already: it is not to light up
+            resetHighlights();
+        } else {
             emit signalEsc();
+        }
         break;
     default:
         // the view is not typed into

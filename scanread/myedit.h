@@ -50,9 +50,11 @@ public:
     // while set, progress reports are ignored
     void setTTSFlagInTrans(bool inTrans) { m_inTrans = inTrans; }
 
-    // Reads text aloud, stopping what is being read; start is its place in the view, so that
-    // the engine's word positions can be mapped onto the view.
+    // Reads text aloud, stopping what is being read (without waiting for it: this reading starts
+    // once that one has ended); start is its place in the view, so that the engine's word
+    // positions can be mapped onto the view.
     void readText(const QString &text, int start);
+    // from the start of a reading until its end has been seen
     bool isReading() const;
     // where the text being read starts in the view
     int readStart() const { return m_readStart; }
@@ -111,6 +113,9 @@ protected:
     void keyPressEvent(QKeyEvent *event) override;
     // the word whose highlight is due next, if any
     const HignItem *nextHighlight() const;
+    // Whether the reading handed to the speech thread was stopped (its text is not to be
+    // spoken, and its progress is stale); safe from any thread.
+    bool readingCancelled() const { return m_readCancelled; }
     // stops reading and recognition and waits for both threads; a subclass whose Sound()
     // does work calls it in its own destructor
     void stopThreads();
@@ -125,6 +130,7 @@ private:
     void moveLine(int operation);
     void resetHighlights();
     void restoreAfterReading();
+    void startReading(const QString &text, int start);
 
     QString m_recognised;
     std::atomic<bool> m_hold{false};
@@ -148,6 +154,13 @@ private:
     bool m_inTrans = false;
     std::atomic<int> m_soundFinished{0};
     std::atomic<int> m_readStart{0};
+    std::atomic<bool> m_readCancelled{false};
+    // the speech thread runs, or its end has not been seen yet
+    bool m_soundRunning = false;
+    // what is to be read once the reading under way has ended
+    bool m_readPending = false;
+    QString m_pendingText;
+    int m_pendingStart = 0;
     // pending highlight timers of an earlier reading do not count
     int m_readGeneration = 0;
     // what was selected when reading began, given back once the last word has been lit

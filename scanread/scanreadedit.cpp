@@ -5,8 +5,14 @@
 
 ScanReadEdit::ScanReadEdit(QWidget *parent) : MyEdit(parent)
 {
-    connect(this, &MyEdit::signalTTShignlight, this, &MyEdit::TTShignlightFun,
-            Qt::QueuedConnection);
+    // progress of a stopped reading that was on its way when it stopped is stale
+    connect(
+        this, &MyEdit::signalTTShignlight, this,
+        [this](int pos, int len, int pcmPos) {
+            if (!readingCancelled())
+                TTShignlightFun(pos, len, pcmPos);
+        },
+        Qt::QueuedConnection);
     KOSCAN_TTS_SetProgressCallBackFunc(this, &ScanReadEdit::progress);
 }
 
@@ -20,13 +26,19 @@ ScanReadEdit::~ScanReadEdit()
 void ScanReadEdit::Sound(QString &text)
 {
     m_offset = readStart();
-    if (!TTSPlayer::player)
+    if (!TTSPlayer::player || readingCancelled())
         return;
     TTSPlayer::player->play(text);
 }
 
 void ScanReadEdit::tirggleTTShignlight(int pos, int len, int pcmPos)
 {
+    // A stop made just as the engine began may have come before it, and the engine forgets a
+    // stop when it begins: the first word is reported before it is heard, so stop it again here.
+    if (readingCancelled()) {
+        TTSPlayer::player->stop();
+        return;
+    }
     emit signalTTShignlight(m_offset + pos, len, pcmPos);
 }
 

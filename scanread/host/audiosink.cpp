@@ -26,6 +26,12 @@ long long nowNanos()
     return now.tv_sec * nanosPerSecond + now.tv_nsec;
 }
 
+void pause(long long nanos)
+{
+    const timespec length{time_t(nanos / nanosPerSecond), long(nanos % nanosPerSecond)};
+    nanosleep(&length, nullptr);
+}
+
 } // namespace
 
 AudioSink::AudioSink(int rate, const std::atomic<bool> &stop) : m_rate(rate), m_stop(stop) {}
@@ -53,7 +59,6 @@ bool AudioSink::open()
         LOGW("cannot write %s: %s", qPrintable(path), std::strerror(errno));
         return false;
     }
-    m_startNanos = nowNanos();
     return true;
 }
 
@@ -73,15 +78,22 @@ bool AudioSink::openDevice()
     return true;
 }
 
+long long AudioSink::timeOf(long long sample) const
+{
+    // rounded up, so that a sample's time has come once heard() counts it
+    return m_startNanos + (sample * nanosPerSecond + m_rate - 1) / m_rate;
+}
+
 bool AudioSink::write(const int16_t *samples, int count)
 {
     if (m_pcm)
         return writeDevice(samples, count);
-    const int slice = int(m_rate * sliceNanos / nanosPerSecond);
+    if (m_startNanos < 0 && count > 0)
+        m_startNanos = nowNanos();
     for (int done = 0; done < count;) {
-        const int part = std::min(slice, count - done);
+        const int part = std::min(sliceSamples(), count - done);
         // each slice is written when it starts to be heard
-        if (!waitForRealTime(m_startNanos + m_written * nanosPerSecond / m_rate))
+        if (!waitForRealTime(timeOf(m_written)))
             return false;
         if (!m_wav.append(samples + done, part))
             return false;
@@ -110,27 +122,49 @@ bool AudioSink::writeDevice(const int16_t *samples, int count)
             continue;
         }
         done += int(put);
+        m_written += put;
     }
     return true;
 }
 
-void AudioSink::drain()
+long long AudioSink::heard()
 {
     if (!m_pcm) {
-        waitForRealTime(m_startNanos + m_written * nanosPerSecond / m_rate);
-        return;
+        if (m_startNanos < 0)
+            return 0;
+        const long long played = (nowNanos() - m_startNanos) * m_rate / nanosPerSecond;
+        return std::clamp(played, 0LL, m_written);
     }
+    // what the card holds has been written and is not heard yet; a stream that ran dry has
+    // played everything
+    snd_pcm_sframes_t delay = 0;
+    if (snd_pcm_delay(m_pcm, &delay) < 0)
+        return m_written;
+    return std::clamp(m_written - (long long)delay, 0LL, m_written);
+}
+
+bool AudioSink::waitUntilHeard(long long sample)
+{
+    sample = std::min(sample, m_written);
+    if (!m_pcm)
+        return waitForRealTime(timeOf(sample));
     // speech shorter than the buffer has not started playing yet
     if (snd_pcm_state(m_pcm) == SND_PCM_STATE_PREPARED)
         snd_pcm_start(m_pcm);
-    snd_pcm_sframes_t delay = 0;
-    while (!m_stop && snd_pcm_state(m_pcm) == SND_PCM_STATE_RUNNING &&
-           snd_pcm_delay(m_pcm, &delay) == 0 && delay > 0) {
+    while (heard() < sample) {
+        if (m_stop)
+            return false;
         // the buffer has room all the while it drains, so waiting for room would not wait
-        const timespec pause{0, long(sliceNanos)};
-        nanosleep(&pause, nullptr);
+        pause(std::min(sliceNanos, (sample - heard()) * nanosPerSecond / m_rate + 1));
     }
-    snd_pcm_drop(m_pcm);
+    return !m_stop;
+}
+
+void AudioSink::drain()
+{
+    waitUntilHeard(m_written);
+    if (m_pcm)
+        snd_pcm_drop(m_pcm);
 }
 
 bool AudioSink::waitForRealTime(long long until)
@@ -141,8 +175,6 @@ bool AudioSink::waitForRealTime(long long until)
         const long long left = until - nowNanos();
         if (left <= 0)
             return true;
-        const long long nap = std::min(left, sliceNanos);
-        const timespec pause{time_t(nap / nanosPerSecond), long(nap % nanosPerSecond)};
-        nanosleep(&pause, nullptr);
+        pause(std::min(left, sliceNanos));
     }
 }

@@ -8,10 +8,18 @@
 
 #include <tesseract/baseapi.h>
 
+#include <algorithm>
+#include <vector>
+
 namespace {
 
 constexpr int minimumConfidence = 50;
 constexpr int shortestSure = 3;
+// ink is this many grey levels darker than the paper around it: the sensor's noise stays well
+// within it, the antialiased core of a printed stroke well beyond
+constexpr int inkContrast = 80;
+// fewer such pixels are a speck on the paper, not a printed mark (a full stop has about 16)
+constexpr int leastInk = 16;
 
 QList<QByteArray> modelsOf(int engineNumber)
 {
@@ -27,6 +35,27 @@ QList<QByteArray> modelsOf(int engineNumber)
     default:
         return {};
     }
+}
+
+// Whether the picture holds print: given no ink at all, the models still guess a letter. The
+// pen's light falls unevenly along the line, so each column is measured against its own paper,
+// the level that three quarters of its pixels reach.
+bool hasInk(const unsigned char *image, int width, int height)
+{
+    std::vector<unsigned char> column(size_t(height), 0);
+    int inked = 0;
+    for (int x = 0; x < width; ++x) {
+        for (int y = 0; y < height; ++y)
+            column[size_t(y)] = image[size_t(y) * size_t(width) + size_t(x)];
+        const auto paperAt = column.begin() + (height * 3) / 4;
+        std::nth_element(column.begin(), paperAt, column.end());
+        const int paper = *paperAt;
+        for (int y = 0; y < height; ++y)
+            if (image[size_t(y) * size_t(width) + size_t(x)] + inkContrast < paper &&
+                ++inked >= leastInk)
+                return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -79,11 +108,13 @@ int OcrEngine::recognize(const unsigned char *image, int width, int height, QStr
 {
     if (m_models.empty() || !image || width <= 0 || height <= 0)
         return -1;
-    // a scan of blank paper makes the models guess a letter or two, with no confidence at all;
-    // the confidence costs another pass over the results, so it is only asked for when models
-    // compete or the reading is as short as such a guess
-    int bestConfidence = minimumConfidence - 1;
     text.clear();
+    if (!hasInk(image, width, height))
+        return 0;
+    // marks that are not print (noise, smudges) make the models guess a letter or two, with no
+    // confidence at all; the confidence costs another pass over the results, so it is only asked
+    // for when models compete or the reading is as short as such a guess
+    int bestConfidence = minimumConfidence - 1;
     for (const auto &model : m_models) {
         model->SetImage(image, width, height, 1, width);
         const std::unique_ptr<char[]> utf8(model->GetUTF8Text());

@@ -118,16 +118,20 @@ int SpeechEngine::play(const unsigned short *text, int units)
     if (!sink.open())
         return -1;
     m_sink = &sink;
-    m_haveWord = false;
-    m_made = 0;
+    m_held.clear();
+    m_played = 0;
+    m_lastStart = 0;
+    m_reports.clear();
     espeak_Synth(wide.data(), wide.size() * sizeof(wchar_t), 0, POS_CHARACTER, 0, espeakCHARS_WCHAR,
                  nullptr, this);
-    if (!m_stop) {
-        // the last word ends with the audio
-        reportWordsEndingBy(m_made);
+    // the synthesiser is done: the last word needs no word after it
+    if (release(m_played + (long long)m_held.size())) {
+        for (; !m_reports.empty() && sink.waitUntilHeard(m_reports.front().due);)
+            reportHeard();
         sink.drain();
     }
     m_sink = nullptr;
+    m_held.clear();
     return 0;
 }
 
@@ -141,7 +145,8 @@ bool SpeechEngine::take(const short *samples, int count, const espeak_EVENT *eve
 {
     if (m_stop || !m_sink)
         return false;
-    QVector<std::pair<long long, Word>> starts;
+    if (samples && count > 0)
+        m_held.insert(m_held.end(), samples, samples + count);
     for (const espeak_EVENT *event = events; event && event->type != espeakEVENT_LIST_TERMINATED;
          ++event) {
         if (event->type != espeakEVENT_WORD)
@@ -149,34 +154,43 @@ bool SpeechEngine::take(const short *samples, int count, const espeak_EVENT *eve
         // positions count from 1
         const int first = std::clamp(event->text_position - 1, 0, m_utf16Index.size() - 1);
         const int last = std::clamp(first + event->length, 0, m_utf16Index.size() - 1);
-        const long long sample = (long long)event->audio_position * KOSCAN_TTS_SAMPLE_RATE / 1000;
-        starts.append(
-            {sample, Word{m_utf16Index.at(first), m_utf16Index.at(last) - m_utf16Index.at(first)}});
+        const long long start =
+            std::max(m_lastStart, (long long)event->audio_position * KOSCAN_TTS_SAMPLE_RATE / 1000);
+        // told as the word before it starts to be heard
+        m_reports.push_back(Report{m_lastStart, start, m_utf16Index.at(first),
+                                   m_utf16Index.at(last) - m_utf16Index.at(first)});
+        m_lastStart = start;
     }
-    // the audio in slices, so that each word is reported as its last sample is heard
-    const long long base = m_made;
-    int done = 0;
-    for (const auto &start : starts) {
-        const int upTo = int(std::clamp(start.first - base, (long long)(done), (long long)(count)));
-        if (upTo > done && !m_sink->write(samples + done, upTo - done))
+    // the last word reached may be told only once the synthesiser knows where the next starts
+    return release(m_lastStart);
+}
+
+bool SpeechEngine::release(long long limit)
+{
+    limit = std::min(limit, m_played + (long long)m_held.size());
+    const long long from = m_played;
+    while (m_played < limit && !m_stop) {
+        long long end = std::min(limit, m_played + m_sink->sliceSamples());
+        // a slice ends where a report is due, so that the report is made as that sample is heard
+        for (const Report &report : m_reports)
+            if (report.due > m_played && report.due < end)
+                end = report.due;
+        if (!m_sink->write(m_held.data() + (m_played - from), int(end - m_played)))
             return false;
-        done = upTo;
-        m_made = base + done;
-        reportWordsEndingBy(m_made);
-        m_word = start.second;
-        m_haveWord = true;
+        m_played = end;
+        reportHeard();
     }
-    if (count > done && !m_sink->write(samples + done, count - done))
-        return false;
-    m_made = base + count;
+    m_held.erase(m_held.begin(), m_held.begin() + (m_played - from));
     return !m_stop;
 }
 
-void SpeechEngine::reportWordsEndingBy(long long sample)
+void SpeechEngine::reportHeard()
 {
-    if (!m_haveWord)
-        return;
-    m_haveWord = false;
-    if (const KOSCAN_TTS_ProgressCallBack callback = m_callback)
-        callback(m_context, m_word.position, m_word.length, int(sample));
+    const long long heard = m_sink->heard();
+    while (!m_reports.empty() && m_reports.front().due <= heard && !m_stop) {
+        const Report report = m_reports.front();
+        m_reports.pop_front();
+        if (const KOSCAN_TTS_ProgressCallBack callback = m_callback)
+            callback(m_context, report.position, report.length, int(report.start));
+    }
 }

@@ -9,11 +9,18 @@
 
 #include <atomic>
 #include <cstdint>
+#include <deque>
+#include <vector>
 
 class AudioSink;
 
 // The host's speech engine: espeak-ng synthesises, an AudioSink plays. One per process, as the
 // engine library itself is. Settings change from any thread and apply from the next play().
+//
+// Each word is reported one word ahead of the audio: as the word before it starts to be heard
+// (the first word as the audio starts), with the sample at which the word itself starts. To know
+// where a word starts before the word ahead of it is heard, the audio from the start of the last
+// word the synthesiser has reached is held back until it reaches the next one.
 class SpeechEngine
 {
 public:
@@ -32,20 +39,29 @@ public:
 
     // blocks until spoken or stopped; 0, or -1 when not initialised or nothing can be heard
     int play(const unsigned short *text, int units);
+    // ends the play in progress within a slice of audio
     void stop() { m_stop = true; }
 
-    // espeak-ng's voice and rate (words a minute) for our numbers; null voice when unknown
+    // espeak-ng's voice for our numbers; null when unknown
     static const char *voiceFor(int number);
+    // The engine's speed scale, 0 to 100, in espeak-ng's words a minute: 50 is espeak-ng's
+    // normal pace of 175 words a minute, and every 50 steps double or halve it. The reading
+    // speed steps' 30, 50 and 65 give 133, 175 and 215; 0 gives 88 and 100 gives 350.
     static int rateFor(int speed);
 
 private:
     SpeechEngine() = default;
     static int synthesised(short *samples, int count, espeak_EVENT *events);
     bool take(const short *samples, int count, const espeak_EVENT *events);
-    void reportWordsEndingBy(long long sample);
+    // plays the held audio up to sample limit, reporting each word as its time comes
+    bool release(long long limit);
+    void reportHeard();
 
-    struct Word
+    // a word to report once the sample due is heard; start is where the word's audio begins
+    struct Report
     {
+        long long due;
+        long long start;
         int position;
         int length;
     };
@@ -61,8 +77,9 @@ private:
     // state of the play in progress, touched by its thread only
     AudioSink *m_sink = nullptr;
     int m_voiceLanguage = 0;
-    QVector<int> m_utf16Index; // code unit of each character handed to the synthesiser
-    bool m_haveWord = false;
-    Word m_word{0, 0};
-    long long m_made = 0;
+    QVector<int> m_utf16Index;   // code unit of each character handed to the synthesiser
+    std::vector<int16_t> m_held; // synthesised, not yet played: from sample m_played on
+    long long m_played = 0;
+    long long m_lastStart = 0;    // where the last word reached starts
+    std::deque<Report> m_reports; // in the order spoken
 };

@@ -18,10 +18,10 @@ screens="$repo/build/screens"
 log="$repo/build/scanread.log"
 config="$root/apps/config/config.ini"
 
-# the reading language: a position of the language table (0 Chinese, 1 English)
+# the reading language: a position of the language table (0 Chinese, 1 English); the pen's other
+# reading settings, which mkroot writes, stay as they are
 set_reading_language() {
-    sed -i '/^\[InfoListen\]/,$d' "$config"
-    printf '[InfoListen]\nLan=%s\n' "$1" >>"$config"
+    sed -i "/^\[InfoListen\]/,/^\[/ s/^Lan=.*/Lan=$1/" "$config"
 }
 
 if [ "${1:-}" != "--on-session-bus" ]; then
@@ -29,9 +29,6 @@ if [ "${1:-}" != "--on-session-bus" ]; then
     (cd "$repo" && cmake --preset default >/dev/null)
     (cd "$repo" && cmake --build --preset default -j "$(nproc)")
     "$repo/devsim/mkroot" "$root" "$build"
-    if ! grep -q '^\[InfoListen\]' "$config"; then
-        set_reading_language 1
-    fi
     exec dbus-run-session -- "$0" --on-session-bus
 fi
 

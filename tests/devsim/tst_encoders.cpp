@@ -76,9 +76,20 @@ private slots:
     void mkrootMakesDeviceRoot()
     {
         QTemporaryDir dir;
+        // a user's own choice is kept, what is missing gets a pen's defaults
+        QVERIFY(QDir(dir.path()).mkpath("apps/config"));
+        QFile user(dir.filePath("apps/config/config.ini"));
+        QVERIFY(user.open(QIODevice::WriteOnly) && user.write("[InfoListen]\nVolum=5\n") > 0);
+        user.close();
         QCOMPARE(QProcess::execute(MKROOT, {dir.path(), BUILD_DIR}), 0);
         const QSettings config(dir.filePath("apps/config/config.ini"), QSettings::IniFormat);
-        QCOMPARE(config.value("SystemSet/Lan").toInt(), 1);
+        QStringList settings;
+        for (const QString &key : config.allKeys())
+            settings << key + '=' + config.value(key).toString();
+        settings.sort();
+        QCOMPARE(settings, QStringList({"InfoListen/Lan=1", "InfoListen/ReadControl=0",
+                                        "InfoListen/ReadSpeed=1", "InfoListen/Volum=5",
+                                        "SystemSet/Lan=1", "SystemSet/Speed=50"}));
         for (const char *path : {"apps/bin/recorder", "apps/bin/musicplayer", "usr/bin/mplayer"})
             QVERIFY2(QFileInfo(dir.filePath(path)).isExecutable(), path);
         for (const char *path : {"apps/res/sandglass.gif", "apps/res/pause.bmp",

@@ -1,8 +1,11 @@
 // The installed scanread program as a user meets it: a device root made by mkroot, a real X
-// server, lines scanned with scanline, keys pressed with xdotool, the shell heard through qcop.
+// server, lines scanned with scanline, keys pressed with xdotool, the shell heard through qcop,
+// and the speech heard from the file the engine writes at the pace it is heard.
 
+#include "host/speechengine.h"
 #include "recorderprocess.h"
 #include "screenpixels.h"
+#include "spokentext.h"
 #include "testdeviceroot.h"
 #include "xserver.h"
 
@@ -11,6 +14,10 @@
 namespace {
 
 constexpr int stepTimeoutMs = 60000;
+// the reading pace: the speech speed of the pen's settings below
+constexpr int speed = 50;
+// how far from the word being heard its highlight may be seen, for a slow look at the screen
+constexpr int toleranceSamples = KOSCAN_TTS_SAMPLE_RATE / 5;
 
 // the selected part of the screen, shown inverted: columns lit in a run taller than any glyph
 QRect selectionBox(const QImage &screen)
@@ -52,6 +59,15 @@ class TestScanReadRun : public QObject
         return m_said.count("mainprocess " + line + '\n');
     }
     int logged(const QByteArray &text) { return m_program.standardError().count(text); }
+    // the view's places of the words lit so far, in order
+    QList<int> dequeued()
+    {
+        QList<int> places;
+        for (const QByteArray &line : m_program.standardError().split('\n'))
+            if (line.contains("dequeue pos:"))
+                places << line.mid(line.indexOf("dequeue pos:") + 12).trimmed().toInt();
+        return places;
+    }
     // the text of the view as the program last reported it
     QString viewText()
     {
@@ -80,8 +96,10 @@ private slots:
                 QSKIP("Xvfb, xdotool or netpbm is not installed (scripts/setup)");
         QVERIFY2(m_x.start(), "no Xvfb could be started");
         QCOMPARE(QProcess::execute("bash", {MKROOT, m_root.root(), BUILD_DIR}), 0);
-        // reading language English
-        QVERIFY(m_root.writeFile("/apps/config/config.ini", "[InfoListen]\nLan=1\n"));
+        // reading language English, each line read aloud as it is scanned
+        QVERIFY(m_root.writeFile("/apps/config/config.ini",
+                                 "[InfoListen]\nLan=1\nReadControl=1\n[SystemSet]\nSpeed=" +
+                                     QByteArray::number(speed) + '\n'));
         m_shell.start(QCOP_BIN, {"listen", "mainprocess"});
         QTRY_VERIFY_WITH_TIMEOUT((m_said += m_shell.readAllStandardError()).contains("listening"),
                                  stepTimeoutMs);
@@ -106,14 +124,19 @@ private slots:
         QVERIFY(logged(QStringLiteral("selected 0-%1").arg(text.size()).toUtf8()));
         QTRY_COMPARE_WITH_TIMEOUT(heard("execute(QString) trigger"), 1, stepTimeoutMs);
 
-        // OK reads it: each time a word is due, its highlight is further on in reading order
-        QVERIFY(m_x.pressKey(m_program.pid(), "Return"));
+        // it is read at once: each time a word is lit, its highlight is further on in reading
+        // order, and the sample being heard then lies in that word
         QList<QRect> boxes;
+        QList<std::pair<int, qint64>> seen; // words lit (counted from 0), samples heard then
+        const QString wav = m_root.path("/apps/data/tts/speech.wav");
         int due = 0;
         QTRY_VERIFY_WITH_TIMEOUT(
             [&] {
                 if (logged("dequeue pos:") > due) {
                     due = logged("dequeue pos:");
+                    const qint64 samples = (QFileInfo(wav).size() - 44) / 2;
+                    if (logged("dequeue pos:") == due)
+                        seen.append({due - 1, samples});
                     const QRect box = selectionBox(m_x.grab().copy(0, 0, 256, 64));
                     if (!box.isEmpty() && (boxes.isEmpty() || boxes.last() != box))
                         boxes << box;
@@ -126,11 +149,37 @@ private slots:
             QVERIFY(std::pair(boxes[i].top(), boxes[i].left()) >
                         std::pair(boxes[i - 1].top(), boxes[i - 1].left()) &&
                     boxes[i].width() < 100);
+        // the engine starts afresh, as this synthesis does, and speaks the same samples
+        SpokenText spoken;
+        QVERIFY(spoken.synthesise(m_root.path("/mnt/hidmmc/sysdict/ttsrec"),
+                                  SpeechEngine::voiceFor(101), SpeechEngine::rateFor(speed), 60,
+                                  text));
+        const qint64 samples = qint64(spoken.samples.size());
+        QCOMPARE((QFileInfo(wav).size() - 44) / 2, samples);
+        QMap<int, qint64> starts;
+        for (const SpokenText::Word &word : qAsConst(spoken.words))
+            starts.insert(word.position, word.sample);
+        // every word lit by the end of the speech, in order
+        const QList<int> lit = starts.keys();
+        QVERIFY2(seen.size() >= 3, qPrintable(QString::number(seen.size())));
+        for (const auto &[word, at] : qAsConst(seen)) {
+            QVERIFY(word < lit.size());
+            const qint64 next = word + 1 < lit.size() ? starts.value(lit.at(word + 1)) : samples;
+            QVERIFY2(at >= starts.value(lit.at(word)) - toleranceSamples &&
+                         at <= next + toleranceSamples,
+                     qPrintable(QString("word %1 lit while sample %2 was heard, it spans %3-%4")
+                                    .arg(word)
+                                    .arg(at)
+                                    .arg(starts.value(lit.at(word)))
+                                    .arg(next)));
+        }
+        QCOMPARE(dequeued(), lit);
 
         // a line scanned while the one before is recognised is dropped
         QVERIFY(scan({"Second line here", "Third line dropped"}));
         QTRY_COMPARE_WITH_TIMEOUT(logged("scanread: view "), 2, stepTimeoutMs);
         QTRY_COMPARE_WITH_TIMEOUT(heard("execute(QString) trigger"), 3, stepTimeoutMs);
+        QTRY_COMPARE_WITH_TIMEOUT(heard("execute(QString) soundno"), 2, stepTimeoutMs);
         QCOMPARE(logged("recognize start"), 2);
         QVERIFY2(viewText().startsWith(text) && wordsFound("Second line here", viewText()) >= 2 &&
                      wordsFound("Third dropped", viewText()) == 0,
