@@ -17,7 +17,6 @@
 #include <QTextCodec>
 #include <QTranslator>
 
-#include <cstdlib>
 #include <memory>
 
 QApplication *qApp1 = nullptr;
@@ -71,11 +70,12 @@ int main(int argc, char *argv[])
                                   0);
             message.exec();
             window->close();
-            QCopChannel::flush();
-            waitForMusicScan();
-            std::exit(0);
+            // ended through the teardown below, as after the event loop: exit() here would leave
+            // the application object and Qt's font cache behind
+            result = 0;
+        } else {
+            result = QApplication::exec();
         }
-        result = QApplication::exec();
     }
 
     // the shell must have every message before the process is gone

@@ -568,9 +568,11 @@ void playerWnd::endQuickSeek()
         if (m_totalLength >= oneMinute)
             Seek(m_quickSeekPos, 1);
         else
+            // NOLINTNEXTLINE(bugprone-integer-division): the player seeks to whole seconds
             Seek(m_quickSeekPos * m_totalLength / 10000, 2);
     } else {
         // the very end would end the run at once: three seconds before it
+        // NOLINTNEXTLINE(bugprone-integer-division): the player seeks to whole seconds
         Seek(m_totalLength / 100 - 3, 2);
     }
     QTimer::singleShot(1500, this, &playerWnd::setUpdateSecondsEnable);

@@ -16,6 +16,7 @@
 
 #include <QApplication>
 #include <QDebug>
+#include <QDialog>
 #include <QFile>
 #include <QFileInfo>
 #include <QKeyEvent>
@@ -275,6 +276,9 @@ void RecordMainWnd::startRecord()
 
 void RecordMainWnd::startNewRecord()
 {
+    // a split's next file is not begun once the shell has ended the program
+    if (stopRequested)
+        return;
     setRecordState();
 }
 
@@ -350,6 +354,11 @@ void RecordMainWnd::askToKeep()
 {
     YesnoSelect question(tr("Do you want to save recording?"), tr("Yes"), tr("No"), nullptr);
     question.exec();
+    // the shell ended the program while nobody had answered: kept, as after any stop
+    if (stopRequested) {
+        LOGD("stopped during the question: recording kept");
+        return;
+    }
     if (question.getValue() == 0) {
         MessageDialog saved(nullptr,
                             tr("Recording") + tr(" [") + QFileInfo(curFileName).fileName() +
@@ -471,6 +480,22 @@ void RecordMainWnd::closeOptionMenu()
     optionMenu = nullptr;
 }
 
+void RecordMainWnd::endDialogs()
+{
+    // A dialog open now runs its own event loop, which has brought this message here: the
+    // program can only end once that loop returns, and a window still on screen would keep it
+    // running. Nobody answers: the caller finds stopRequested set.
+    stopRequested = true;
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *window : windows) {
+        auto *dialog = qobject_cast<QDialog *>(window);
+        if (dialog && dialog->isVisible()) {
+            LOGW("stop: %s closed unanswered", dialog->metaObject()->className());
+            dialog->done(QDialog::Rejected);
+        }
+    }
+}
+
 void RecordMainWnd::escFromRecordMenuSlot()
 {
     LOGI("in MainWindow::escFromMenuSetSlot");
@@ -507,6 +532,7 @@ void RecordMainWnd::handleReceived(const QString &message, const QByteArray &dat
         if (bRecPause != RECSOUND_STOPPED)
             stopRecord();
         closeOptionMenu();
+        endDialogs();
         LOGW("receive msg stop\n");
         close();
     } else if (qstrcmp(word, "stoponly") == 0) {
@@ -514,6 +540,7 @@ void RecordMainWnd::handleReceived(const QString &message, const QByteArray &dat
         if (bRecPause != RECSOUND_STOPPED)
             stopRecord();
         closeOptionMenu();
+        endDialogs();
         sendToShell("ESC(QString)", "escpressed");
         qDebug() << "receive stoponly b\n";
         QApplication::closeAllWindows();

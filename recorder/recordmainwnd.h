@@ -68,6 +68,8 @@ private:
     void leaveOrStop();
     void askToKeep();
     void closeOptionMenu();
+    // closes every dialog on screen unanswered, for the shell's stop
+    void endDialogs();
     void startClock();
     void recordingEnded();
 
@@ -80,6 +82,8 @@ private:
     QTimer *recTimer = nullptr;
     QString curFileName;
     bool closing = false;
+    // the shell has ended the program: a question open then is left unanswered
+    bool stopRequested = false;
     int recSeconds = 0;
     QString timeText;
     // the recording's clock since the last start or resume, and the time counted before it

@@ -1,6 +1,7 @@
 #include "scanread/csoundthread.h"
 
 #include "scanread/myedit.h"
+#include "storage/threadhandoff.h"
 
 #include <QMutexLocker>
 
@@ -19,8 +20,10 @@ void CSoundThread::run()
         QString text;
         {
             const QMutexLocker locker(&m_lock);
-            if (m_queue.isEmpty())
+            if (m_queue.isEmpty()) {
+                handOverThread(this);
                 return;
+            }
             // the newest text is what the user asked for last
             text = m_queue.takeLast();
         }

@@ -7,6 +7,7 @@
 #include "scanread/ocrpen.h"
 #include "scanread/recchar.h"
 #include "scanread/ttsplayer.h"
+#include "storage/threadhandoff.h"
 #include "widgets/messagedialog.h"
 #include "widgets/sandglass.h"
 
@@ -82,6 +83,8 @@ void MyEdit::stopThreads()
     }
     if (m_recThread)
         m_recThread->wait();
+    takeOverThread(m_soundThread);
+    takeOverThread(m_recThread);
 }
 
 void MyEdit::Init()
@@ -114,6 +117,9 @@ void MyEdit::changeScrollBar()
 
 int MyEdit::Recognize(_stImg *img)
 {
+    // made by the scanner's thread, the recognition's last run ended: Qt's queue ordered both
+    takeOverThread(img);
+    takeOverThread(m_recThread);
     StopTTS();
     // a new line ends the reading: its words are lit no more
     resetHighlights();
@@ -166,6 +172,7 @@ int MyEdit::RecThread(_stImg *img)
 void MyEdit::FinishRec()
 {
     qDebug() << "in MyEdit::FinishRec";
+    takeOverThread(m_recThread);
     if (m_sandGlass) {
         m_sandGlass->close();
         delete m_sandGlass;
@@ -217,6 +224,7 @@ void MyEdit::tirggleTTShignlight(int /*pos*/, int /*len*/, int /*pcmPos*/) {}
 
 void MyEdit::FinishSound()
 {
+    takeOverThread(m_soundThread);
     sendToShell("soundno");
     m_soundFinished = 1;
     m_soundRunning = false;

@@ -5,6 +5,7 @@
 #include "scanread/koscansdk.h"
 #include "scanread/myedit.h"
 #include "scanread/ttsplayer.h"
+#include "storage/threadhandoff.h"
 
 #include <QDebug>
 
@@ -68,6 +69,7 @@ int RecChar::ReceivePanoImage(void * /*context*/, unsigned char *pixels, int wid
         return -1;
     }
     // queued: the view takes it up in the GUI thread
+    handOverThread(img);
     emit edit->signalEdit(img);
     return 0;
 }

@@ -36,6 +36,8 @@ public:
 
 private:
     void store(const char *key, int value);
+    // writes all five values to the file, replacing it whole
+    void save();
 
     int m_fileFormat = 0;
     int m_modeOption = 0;
@@ -43,5 +45,6 @@ private:
     int m_loopMode = 0;
     int m_playVolume = 5;
     bool m_loading = false; // init() writes the file once, at its end
+    bool m_unsaved = false; // a value differs from the file
     std::unique_ptr<QSettings> m_settings;
 };

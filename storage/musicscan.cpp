@@ -143,7 +143,7 @@ void scanmusic()
         return;
     }
     // ten thousand songs make half a megabyte of list: written in a few large writes
-    std::setvbuf(out.get(), nullptr, _IOFBF, 64 * 1024);
+    std::setvbuf(out.get(), nullptr, _IOFBF, size_t(64) * 1024);
     Listing root;
     Listing music;
     collect(rootPrefix, root);

@@ -1,5 +1,6 @@
 #include "storage/recfilemanager.h"
 
+#include "storage/atomicfile.h"
 #include "storage/audioinfo.h"
 #include "storage/configwidget.h"
 #include "storage/devicepath.h"
@@ -8,7 +9,7 @@
 #include <QDebug>
 #include <QDir>
 #include <QFile>
-#include <QSaveFile>
+#include <QTextCodec>
 #include <QTextStream>
 
 #include <cstdio>
@@ -105,18 +106,15 @@ int RecFileManager::flush()
         qWarning() << "list not loaded whole, original kept as" << backup;
     }
     m_loadedWhole = true;
-    // a new file renamed over the old one: power lost mid-write leaves one list or the other
-    QSaveFile file(listFile());
-    if (!file.open(QIODevice::WriteOnly))
-        return -1;
-    file.write("\xff\xfe", 2);
-    QTextStream out(&file);
-    out.setCodec("UTF-16LE");
-    out.setGenerateByteOrderMark(false);
+    QString text;
     for (const QFileInfo &info : qAsConst(m_files))
-        out << penPath(info.absoluteFilePath()) << '\n';
-    out.flush();
-    if (out.status() != QTextStream::Ok || !file.commit())
+        text += penPath(info.absoluteFilePath()) + QLatin1Char('\n');
+    // power lost mid-write leaves one whole list or the other
+    QTextCodec::ConverterState noMark(QTextCodec::IgnoreHeader);
+    const QByteArray bytes =
+        QByteArray("\xff\xfe", 2) +
+        QTextCodec::codecForName("UTF-16LE")->fromUnicode(text.constData(), text.size(), &noMark);
+    if (writeFileAtomically(listFile(), bytes) != 0)
         return -1;
     ::sync();
     return 0;

@@ -67,6 +67,7 @@ void YesnoSelect::paintEvent(QPaintEvent *)
     int lineY;
     if (m_question.length() < 34) {
         fprintf(stderr, "\n %s %d\n", "paintEvent", 103);
+        // NOLINTNEXTLINE(bugprone-integer-division): whole pixels, as the pen draws it
         painter.drawText(QPointF(qreal((w - questionWidth) / 2), ascent + 13), m_question);
         lineY = ascent + 19;
     } else {
@@ -89,9 +90,11 @@ void YesnoSelect::paintEvent(QPaintEvent *)
                                  QPointF(left - 8, lineY + 8)};
         painter.drawPolygon(mark, 3);
     } else {
+        // NOLINTBEGIN(bugprone-integer-division): whole pixels, as the pen draws it
         const QPointF mark[3] = {QPointF(qreal(w / 2 + 4), lineY + 3),
                                  QPointF(qreal(w / 2 + 4), lineY + 13),
                                  QPointF(qreal(w / 2 + 14), lineY + 8)};
+        // NOLINTEND(bugprone-integer-division)
         painter.drawPolygon(mark, 3);
     }
 }

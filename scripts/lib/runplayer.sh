@@ -92,7 +92,7 @@ has_line() {
 }
 
 line_or_player_gone() {
-    has_line "$@" || { [ -n "$PLAYER_PID" ] && ! kill -0 "$PLAYER_PID" 2>/dev/null; }
+    has_line "$@" || { [ -n "$PLAYER_PID" ] && pid_gone "$PLAYER_PID"; }
 }
 
 # Waits (up to 30 s) until the file holds the text; $3: lines already seen that do not count.
@@ -197,7 +197,7 @@ run_headless() {
     wait_for_line "$shell_log" "enableAutoSleep" "$seen"
     echo "player: Escape (leave)"
     x_press "$PLAYER_PID" Escape
-    wait "$PLAYER_PID" || true
+    wait_gone "$X_STEP_SECONDS" "$PLAYER_PID" || echo "player: it did not leave on Escape" >&2
     PLAYER_PID=""
 
     echo

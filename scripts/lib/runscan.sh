@@ -91,7 +91,7 @@ start_scanread() {
 
 leave_scanread() {
     x_press "$SCAN_PID" Escape
-    wait "$SCAN_PID" || true
+    wait_gone "$X_STEP_SECONDS" "$SCAN_PID" || echo "scan: it did not leave on Escape" >&2
     SCAN_PID=""
 }
 

@@ -16,7 +16,10 @@
 #                          from when it returns until listen_stop; programs started meanwhile
 #                          are given {LISTEN_FD}>&- so that they do not hold the listener's pipe
 #   listen_stop            ends the listener once what it heard is printed
-#   stop_pids PID...       ends those processes and reaps them (empty ones skipped)
+#   stop_pids PID...       ends those processes and reaps them (empty ones skipped): TERM, and
+#                          KILL for any still there after STOP_GRACE_SECONDS
+#   wait_gone SECONDS PID  waits until the process has ended by itself and reaps it; after
+#                          SECONDS it is stopped as by stop_pids and the result is false
 
 XVFB_PID=""
 XVFB_DISPLAY=""
@@ -28,6 +31,8 @@ LISTEN_FD=""
 
 # A loaded machine may take a while to start a Qt program or to show a window.
 X_STEP_SECONDS=30
+# What a process gets after TERM to end before it is killed.
+STOP_GRACE_SECONDS=5
 
 xvfb_start() {
     XVFB_FBDIR="$(mktemp -d)"
@@ -65,7 +70,7 @@ xvfb_start() {
 
 # the number is written, or the server has ended
 xvfb_announced() {
-    [ -s "$XVFB_FBDIR/display" ] || ! kill -0 "$XVFB_PID" 2>/dev/null
+    [ -s "$XVFB_FBDIR/display" ] || pid_gone "$XVFB_PID"
 }
 
 xvfb_stop_server() {
@@ -96,14 +101,38 @@ wait_until() {
     done
 }
 
-# Ends each process given by its pid and reaps it; empty arguments are skipped.
+# true once the process is gone or has ended and waits only to be reaped (a zombie)
+pid_gone() {
+    local state
+    state="$(sed -n 's/^.*) \(.\).*/\1/p' "/proc/$1/stat" 2>/dev/null || true)"
+    [ -z "$state" ] || [ "$state" = Z ]
+}
+
+# Ends each process given by its pid and reaps it; empty arguments are skipped. All get TERM at
+# once; one still there after the grace gets KILL, which it cannot refuse.
 stop_pids() {
     local pid
     for pid in "$@"; do
+        [ -n "$pid" ] && kill "$pid" 2>/dev/null || true
+    done
+    for pid in "$@"; do
         [ -n "$pid" ] || continue
-        kill "$pid" 2>/dev/null || true
+        if ! wait_until "$STOP_GRACE_SECONDS" pid_gone "$pid"; then
+            echo "process $pid did not end on TERM: killed" >&2
+            kill -KILL "$pid" 2>/dev/null || true
+        fi
         wait "$pid" 2>/dev/null || true
     done
+}
+
+wait_gone() {
+    if wait_until "$1" pid_gone "$2"; then
+        wait "$2" 2>/dev/null || true
+        return 0
+    fi
+    echo "process $2 did not end within $1 s" >&2
+    stop_pids "$2"
+    return 1
 }
 
 x_windows() {
@@ -132,7 +161,7 @@ x_press() {
     fi
     # without a window manager nobody hands the keyboard to a new window: do it as one would
     DISPLAY="$XVFB_DISPLAY" timeout 20 xdotool windowfocus --sync "$top" &&
-        DISPLAY="$XVFB_DISPLAY" xdotool key "$2"
+        DISPLAY="$XVFB_DISPLAY" timeout 20 xdotool key "$2"
 }
 
 # the screen as a picture, cut to W x H at X, Y
@@ -197,10 +226,6 @@ listen_to_shell() {
     return "$failed"
 }
 
-listen_sed_ended() {
-    ! kill -0 "$LISTEN_SED_PID" 2>/dev/null
-}
-
 listen_stop() {
     stop_pids "$LISTEN_QCOP_PID"
     LISTEN_QCOP_PID=""
@@ -209,8 +234,8 @@ listen_stop() {
         LISTEN_FD=""
     fi
     if [ -n "$LISTEN_SED_PID" ]; then
-        wait_until 5 listen_sed_ended || kill "$LISTEN_SED_PID" 2>/dev/null || true
-        wait "$LISTEN_SED_PID" 2>/dev/null || true
+        # sed ends by itself once the pipe is closed and what it holds is printed
+        wait_gone 5 "$LISTEN_SED_PID" || true
         LISTEN_SED_PID=""
     fi
 }

@@ -18,21 +18,6 @@ namespace {
 // A loaded machine may take a while to show a window: a minute for the first one.
 constexpr int stepTimeoutMs = 20000;
 
-// The encoders running from a device root's usr/sbin with their command lines, by pid, found by
-// their executable: a zombie has none any more, it no longer records.
-QMap<qint64, QString> encoders(const TestDeviceRoot &root)
-{
-    const QString sbin = QDir(root.path("/usr/sbin")).canonicalPath() + '/';
-    QMap<qint64, QString> found;
-    for (const QString &pid : QDir("/proc").entryList(QDir::Dirs)) {
-        QFile arguments("/proc/" + pid + "/cmdline");
-        if (QFile::symLinkTarget("/proc/" + pid + "/exe").startsWith(sbin) &&
-            arguments.open(QIODevice::ReadOnly))
-            found.insert(pid.toLongLong(), arguments.readAll().replace('\0', ' ').trimmed());
-    }
-    return found;
-}
-
 } // namespace
 
 class TestEndToEnd : public QObject
@@ -59,8 +44,9 @@ private slots:
 
     void init()
     {
-        QVERIFY(m_recorder.start());
-        QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 1, 60000);
+        // a stop at start-up changes the card before the program starts
+        if (QTest::currentTestFunction() != QLatin1String("shellStopEndsEveryState"))
+            QVERIFY(startRecorder());
     }
 
     void cleanup()
@@ -70,7 +56,7 @@ private slots:
         m_recorder.kill();
         // nothing a failed case started may record on into the next one
         // (an orphan is ours to reap, any other pid answers at once)
-        for (qint64 pid : encoders(m_root).keys()) {
+        for (qint64 pid : encoders(m_root.root()).keys()) {
             ::kill(pid_t(pid), SIGKILL);
             waitpid(pid_t(pid), nullptr, 0);
         }
@@ -79,10 +65,10 @@ private slots:
     void recordPauseResumeAndKeep()
     {
         QVERIFY(press("Return"));
-        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root).values(),
+        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root.root()).values(),
                                   QStringList{"shine -b 96 -s 24000 " + path(".mp3")},
                                   stepTimeoutMs);
-        const qint64 encoder = encoders(m_root).firstKey();
+        const qint64 encoder = encoders(m_root.root()).firstKey();
         QTRY_VERIFY_WITH_TIMEOUT(secondsOnCard(".mp3") >= 6, stepTimeoutMs);
         QVERIFY(press("Return"));
         QTRY_COMPARE_WITH_TIMEOUT(processState(encoder), 'T', stepTimeoutMs);
@@ -127,8 +113,8 @@ private slots:
 
         QVERIFY(press("Return"));
         // the day's first recording is on the card already
-        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root).values(), wav("_1.wav"), stepTimeoutMs);
-        const qint64 encoder = encoders(m_root).firstKey();
+        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root.root()).values(), wav("_1.wav"), stepTimeoutMs);
+        const qint64 encoder = encoders(m_root.root()).firstKey();
         QTRY_VERIFY_WITH_TIMEOUT(secondsOnCard("_1.wav") >= 6, stepTimeoutMs); // to be kept
         QVERIFY(press("Return"));
         QTRY_COMPARE_WITH_TIMEOUT(processState(encoder), 'T', stepTimeoutMs);
@@ -138,7 +124,7 @@ private slots:
                                    {"send", "recorderprocess", "execute(QString)", "stop"}),
                  0);
         QVERIFY(endedWell());
-        QVERIFY(encoders(m_root).isEmpty());
+        QVERIFY(encoders(m_root.root()).isEmpty());
         QCOMPARE(m_root.recordingList(), QStringList({card("_1.wav"), card(".mp3")}));
     }
 
@@ -146,15 +132,108 @@ private slots:
     {
         QVERIFY(press("Return"));
         // the format and quality chosen before are still in force
-        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root).values(), wav("_2.wav"), stepTimeoutMs);
+        QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root.root()).values(), wav("_2.wav"), stepTimeoutMs);
         QTRY_VERIFY_WITH_TIMEOUT(secondsOnCard("_2.wav") >= 1, stepTimeoutMs);
         m_recorder.kill();
-        QTRY_VERIFY_WITH_TIMEOUT(encoders(m_root).isEmpty(), 1000);
+        QTRY_VERIFY_WITH_TIMEOUT(encoders(m_root.root()).isEmpty(), 1000);
         // listed when it started, so a crash does not lose it
         QVERIFY(m_root.exists(card("_2.wav")) && m_root.recordingList().value(0) == card("_2.wav"));
     }
 
+    // The shell's stop ends the program whatever is on screen, modal dialogs included; a
+    // recording asked about is kept unanswered.
+    void shellStopEndsEveryState_data()
+    {
+        QTest::addColumn<QString>("state");
+        QTest::addColumn<QByteArray>("word");
+        QTest::newRow("save-question-stop-keeps-it") << "question" << QByteArray("stop");
+        QTest::newRow("save-question-stoponly-keeps-it") << "question" << QByteArray("stoponly");
+        QTest::newRow("saved-message-stop") << "saved" << QByteArray("stop");
+        QTest::newRow("options-menu-stoponly") << "options" << QByteArray("stoponly");
+        QTest::newRow("full-library-message-stop") << "full" << QByteArray("stop");
+        QTest::newRow("no-space-at-start-up-stop") << "no-space" << QByteArray("stop");
+    }
+
+    void shellStopEndsEveryState()
+    {
+        QFETCH(QString, state);
+        QFETCH(QByteArray, word);
+        const QString list = "/apps/config/reclist.ini";
+        const QByteArray listBefore = m_root.readFile(list);
+        const QString esc = "mainprocess ESC(QString) escpressed";
+        const int escBefore = heard().count(esc);
+        const int unanswered = m_recorder.standardError().count("closed unanswered");
+        const QString space = m_root.path("/mnt/mtdblock3");
+        QStringList full;
+        const auto restore = qScopeGuard([&] {
+            QDir().mkpath(space);
+            for (const QString &file : full)
+                QFile::remove(m_root.path(file));
+            if (!full.isEmpty())
+                m_root.writeFile(list, listBefore);
+        });
+        if (state == "full") {
+            QString lines;
+            for (int i = 0; i < 1000; ++i) {
+                full << QStringLiteral("/mnt/mmc/e_Recorder/full_%1.mp3").arg(i);
+                QVERIFY(m_root.writeFile(full.last(), "x"));
+                lines += full.last() + '\n';
+            }
+            QVERIFY(m_root.writeFile(
+                list, "\xff\xfe" + QByteArray(reinterpret_cast<const char *>(lines.utf16()),
+                                              lines.size() * 2)));
+        }
+        // no space measured at start-up: the message comes before anything else
+        if (state == "no-space")
+            QVERIFY(QDir(space).removeRecursively());
+        const QStringList before = m_root.recordingList();
+        QVERIFY(startRecorder(state == "no-space" ? 2 : 1));
+
+        QString recorded;
+        if (state == "question" || state == "saved") {
+            QVERIFY(press("Return"));
+            QTRY_COMPARE_WITH_TIMEOUT(encoders(m_root.root()).size(), 1, stepTimeoutMs);
+            recorded = m_root.recordingList().value(0);
+            // long enough to be asked about
+            QTRY_VERIFY_WITH_TIMEOUT(secondsIn(m_root.path(recorded)) >= 6, stepTimeoutMs);
+            QVERIFY(press("Escape"));
+            QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 2, stepTimeoutMs);
+            if (state == "saved") {
+                const QString question = windows().last();
+                QVERIFY(press("Return"));
+                // the confirmation in the question's place; it goes by itself in two seconds
+                QTRY_VERIFY_WITH_TIMEOUT(windows().size() == 2 && windows().last() != question,
+                                         stepTimeoutMs);
+            }
+        } else if (state != "no-space") {
+            QVERIFY(press(state == "options" ? "F12" : "Return"));
+            QTRY_COMPARE_WITH_TIMEOUT(windows().size(), 2, stepTimeoutMs);
+        }
+        QElapsedTimer stopped;
+        stopped.start();
+        QCOMPARE(QProcess::execute(QStringLiteral(QCOP_BIN),
+                                   {"send", "recorderprocess", "execute(QString)", word}),
+                 0);
+        QVERIFY(endedWell());
+        qInfo("ended %lld ms after the %s", stopped.elapsed(), word.constData());
+        QVERIFY(encoders(m_root.root()).isEmpty());
+        // nothing lost; a recording asked about is kept, on the card and first in the list
+        QCOMPARE(m_root.recordingList(),
+                 recorded.isEmpty() ? before : QStringList(recorded) + before);
+        QVERIFY(recorded.isEmpty() || secondsIn(m_root.path(recorded)) >= 6);
+        // a dialog on screen was closed by the stop, not by its own time-out
+        QCOMPARE(m_recorder.standardError().count("closed unanswered") - unanswered,
+                 int(state != "options"));
+        QTRY_COMPARE_WITH_TIMEOUT(heard().count(esc), escBefore + int(word == "stoponly"),
+                                  stepTimeoutMs);
+    }
+
 private:
+    bool startRecorder(int shown = 1)
+    {
+        return m_recorder.start() &&
+               QTest::qWaitFor([&] { return windows().size() == shown; }, 60000);
+    }
     QStringList windows() const { return m_x.visibleWindows(m_recorder.pid()); }
     bool press(const QString &key) const { return m_x.pressKey(m_recorder.pid(), key); }
     QString card(const QString &suffix) const { return "/mnt/mmc/e_Recorder/" + m_day + suffix; }
@@ -164,10 +243,11 @@ private:
     bool endedWell() { return m_recorder.waitForExit(stepTimeoutMs) && m_recorder.exitCode() == 0; }
     // Seconds of sound in the recording on the card so far, by its size: 96 kbit/s MP3 or 11025 Hz
     // 16-bit mono WAV after its 44-byte header. The encoders write as the sound comes.
-    double secondsOnCard(const QString &suffix) const
+    double secondsOnCard(const QString &suffix) const { return secondsIn(path(suffix)); }
+    static double secondsIn(const QString &file)
     {
-        const qint64 size = QFileInfo(path(suffix)).size();
-        return suffix.endsWith(".mp3") ? size / 12000.0 : (size - 44) / 22050.0;
+        const qint64 size = QFileInfo(file).size();
+        return file.endsWith(".mp3") ? size / 12000.0 : (size - 44) / 22050.0;
     }
     // "CHANNEL MESSAGE DATA" of each message the shell has heard, oldest first
     QStringList heard() { return QString(m_shell.peek(1 << 20)).split('\n', Qt::SkipEmptyParts); }

@@ -61,6 +61,19 @@ char processState(qint64 pid)
     return *statFields(QString::number(pid)).value(0).constData();
 }
 
+QMap<qint64, QString> encoders(const QString &deviceRoot)
+{
+    const QString sbin = QDir(deviceRoot + "/usr/sbin").canonicalPath() + '/';
+    QMap<qint64, QString> found;
+    for (const QString &pid : QDir("/proc").entryList(QDir::Dirs)) {
+        QFile arguments("/proc/" + pid + "/cmdline");
+        if (QFile::symLinkTarget("/proc/" + pid + "/exe").startsWith(sbin) &&
+            arguments.open(QIODevice::ReadOnly))
+            found.insert(pid.toLongLong(), arguments.readAll().replace('\0', ' ').trimmed());
+    }
+    return found;
+}
+
 QList<qint64> childProcesses()
 {
     QList<qint64> children;

@@ -2,6 +2,8 @@
 
 #include "tiedprocess.h"
 
+#include <QMap>
+
 // The installed-style recorder program run as a user's shell would run it, in a given device root.
 class RecorderProcess
 {
@@ -50,3 +52,7 @@ char processState(qint64 pid);
 
 // Process ids of this process's children that still exist (zombies included).
 QList<qint64> childProcesses();
+
+// The encoders running from a device root's usr/sbin with their command lines, by pid, found by
+// their executable: a zombie has none any more, it no longer records.
+QMap<qint64, QString> encoders(const QString &deviceRoot);
